@@ -1,0 +1,32 @@
+# One place for the flags that every target of the project shares.
+
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
+
+add_library(tovira_settings INTERFACE)
+target_include_directories(tovira_settings INTERFACE ${PROJECT_SOURCE_DIR}/include)
+target_compile_definitions(tovira_settings INTERFACE _GNU_SOURCE)
+target_compile_options(tovira_settings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+
+if(TOVIRA_SANITIZE)
+    target_compile_options(tovira_settings INTERFACE
+        -fsanitize=${TOVIRA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(tovira_settings INTERFACE -fsanitize=${TOVIRA_SANITIZE})
+endif()
+
+if(TOVIRA_COVERAGE)
+    target_compile_options(tovira_settings INTERFACE --coverage -fprofile-update=atomic)
+    target_link_options(tovira_settings INTERFACE --coverage)
+endif()
+
+# What the product itself is built with, the tests aside: procedures over static tables need neither exceptions nor
+# run-time type information, and without them no dynamic C++ runtime stands on the start-up path.
+add_library(tovira_product_settings INTERFACE)
+target_link_libraries(tovira_product_settings INTERFACE tovira_settings)
+target_compile_options(tovira_product_settings INTERFACE -fno-exceptions -fno-rtti)
+if(NOT TOVIRA_SANITIZE AND NOT TOVIRA_COVERAGE)
+    target_compile_options(tovira_product_settings INTERFACE -fstack-protector-strong)
+    target_link_options(tovira_product_settings INTERFACE
+        -static-libstdc++ -static-libgcc -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
+endif()
