@@ -1,0 +1,579 @@
+/**
+ * @file vek.h
+ * The interface of the device-access library `libutil_vek.so`: every access of the console to a card.
+ *
+ * The library keeps one connection in a process, opened by vekRwOpen(), vekMemOpen() or vekSerialOpen(), so no function
+ * takes a handle. It is called from one thread; vek_thread_qz202monitor() alone may run beside that thread.
+ *
+ * Conventions common to all functions, unless a function says otherwise:
+ * - The result is 0 (or a value that is not negative) on success and negative on failure. A caller tests for "negative"
+ *   only: another library behind the same names may use other codes than enum VekResult.
+ * - With no path open a function answers VEK_NO_PATH and touches nothing. Only what needs no card works then: the open
+ *   functions, vekClose(), get_device_id(), doGetDeviceId(), vekI2cErrString(), vekPowerStateName(), dump_vram(),
+ *   edid_print_helper(), and do_edid_parse() of a file.
+ * - VEK_NOT_AVAILABLE: nothing behind the open path can do this. Outputs are left untouched.
+ * - VEK_BAD_ARGUMENT: a number is out of its range or a pointer is null where the function needs one. Nothing has been
+ *   done, outputs are left untouched.
+ * - VEK_NO_RESPONSE: nothing claimed the access. As PCI Express answers an unsupported request, the result cell of a
+ *   read then holds all ones; a write has no effect. Every other failure leaves the outputs as they were.
+ * - The caller owns every buffer and text that it hands over, and the library does not keep them. Texts end with NUL.
+ * - A byte is 8 bits, a word 16, a long 32, a quad 64; in memory and in files the low byte comes first.
+ * - Functions that print do so with C stdio on standard output.
+ */
+#ifndef VEK_H
+#define VEK_H
+
+#include <stdint.h>  // NOLINT(modernize-deprecated-headers): this header serves C as well
+
+/** How the card is reached, as get_s_type() reports it. */
+enum AccessMode {
+    VEK_ACCESS_DRIVER = 0, /**< the driver's device node, /dev/vekrw */
+    VEK_ACCESS_MEM = 1,    /**< physical memory mapped through /dev/mem */
+    VEK_ACCESS_SERIAL = 2  /**< a serial line to the board; all addresses are AMBA bus addresses */
+};
+
+/** Results of our library: negated errno values of Linux. */
+enum VekResult {
+    VEK_OK = 0,
+    VEK_IO_ERROR = -5,       /**< a transfer, a file or a device node failed (EIO) */
+    VEK_NO_RESPONSE = -6,    /**< no register, memory or device answered (ENXIO) */
+    VEK_NO_MEMORY = -12,     /**< out of host memory (ENOMEM) */
+    VEK_NO_PATH = -19,       /**< no connection is open (ENODEV) */
+    VEK_BAD_ARGUMENT = -22,  /**< number out of range, null pointer, malformed text, no such channel (EINVAL) */
+    VEK_PROTECTED = -30,     /**< write-protected (EROFS) */
+    VEK_OUT_OF_RANGE = -34,  /**< the value asked for cannot be reached by the hardware (ERANGE) */
+    VEK_NOT_AVAILABLE = -38, /**< nothing behind the open path can do this (ENOSYS) */
+    VEK_BAD_DATA = -74,      /**< the data came, but a checksum or a header is wrong (EBADMSG) */
+    VEK_TIMED_OUT = -110     /**< the device did not get ready in time (ETIMEDOUT) */
+};
+
+/** Device ids: the chip number read as hexadecimal. */
+enum VekDeviceId { VEK_DEVICE_QZ201 = 0x201, VEK_DEVICE_QZ202 = 0x202 };
+
+/** Sizes of the buffers that callers supply, in bytes, and of the SPI flash. */
+enum VekSize {
+    VEK_QUERY_REPORT_SIZE = 1024, /**< vekQueryInfo(), the terminating NUL included */
+    VEK_EDID_BUFFER_SIZE = 512,   /**< vekDpAuxEdidGet(): four EDID blocks */
+    VEK_SPI_FLASH_SIZE = 0x200000 /**< 2 MiB */
+};
+
+/** Items of vekQueryInt(). */
+enum VekQueryItem { VEK_QUERY_CARD_COUNT = 8 };
+
+/** Kinds of process monitor: standard, low and ultra-low threshold-voltage transistors. */
+enum VekProcessMonitor { VEK_PROCESS_SVT = 2, VEK_PROCESS_LVT = 3, VEK_PROCESS_ULVT = 4 };
+
+/** Power states. */
+enum VekPowerState { VEK_POWER_PERFORMANCE = 0, VEK_POWER_SAVE = 1, VEK_POWER_STANDBY = 2 };
+
+/** Clock domains; 1 is not in use. */
+enum VekClockDomain {
+    VEK_CLOCK_AXI = 0, /**< AXI and network on chip */
+    VEK_CLOCK_APB = 2,
+    VEK_CLOCK_PCIE = 3,
+    VEK_CLOCK_VPU = 4, /**< video processor, and the PCIe mode clock */
+    VEK_CLOCK_3D = 5,
+    VEK_CLOCK_3D_SHADER = 6,
+    VEK_CLOCK_2D = 7,
+    VEK_CLOCK_DDR = 8
+};
+
+/** What vek_qz200_set_clk_mode() makes of a PLL or a core clock. */
+enum VekClockMode { VEK_CLOCK_ON = 0, VEK_CLOCK_BYPASS = 1, VEK_CLOCK_OFF = 2 };
+
+/** PLLs and core clocks that vek_qz200_set_clk_mode() switches. */
+enum VekClockSource {
+    VEK_CLOCK_SOURCE_DEVPLL = 1,  /**< AXI/NoC, AHB, APB */
+    VEK_CLOCK_SOURCE_DEV2PLL = 2, /**< PCIe, VPU */
+    VEK_CLOCK_SOURCE_GPUPLL = 3,  /**< 3D, 2D */
+    VEK_CLOCK_SOURCE_GPU2PLL = 4, /**< 3D */
+    VEK_CLOCK_SOURCE_3DCORE = 5,
+    VEK_CLOCK_SOURCE_2DCORE = 6
+};
+
+/** Sync polarities in VekDisplayMode::flags, one bit each. */
+enum VekSyncFlag {
+    VEK_HSYNC_POSITIVE = 1 << 0,
+    VEK_HSYNC_NEGATIVE = 1 << 1,
+    VEK_VSYNC_POSITIVE = 1 << 2,
+    VEK_VSYNC_NEGATIVE = 1 << 3
+};
+
+/** The timing that a display output runs at. */
+struct VekDisplayMode {
+    int32_t clock;    /**< pixel clock in kHz */
+    int32_t hdisplay; /**< horizontal fields in pixels, from the first visible pixel of a line */
+    int32_t hsync_start;
+    int32_t hsync_end;
+    int32_t htotal;
+    int32_t vdisplay; /**< vertical fields in lines, from the first visible line of a frame */
+    int32_t vsync_start;
+    int32_t vsync_end;
+    int32_t vtotal;
+    int32_t flags; /**< enum VekSyncFlag; 0 when the polarities are not known */
+};
+
+/** Use of the card's video memory. */
+struct gpu_info {
+    int32_t reserved;
+    int32_t used; /**< in MB, as are free and total */
+    int32_t free;
+    int32_t total;
+};
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* What is declared here stays visible in a library that hides all else. */
+#pragma GCC visibility push(default)
+
+/* ---- Connection ---------------------------------------------------------------------------------------------- */
+
+/** Opens the driver device of a card, 0 to 3, and closes what was open. @return not negative, or VEK_NO_RESPONSE when
+    that card does not exist; the connection is closed then. */
+int vekRwOpen(int card);
+
+/** Maps the register region and the video memory through /dev/mem and closes what was open. Addresses are physical,
+    sizes in bytes; a region of size 0 is left out and its family answers VEK_NOT_AVAILABLE.
+    @return not negative, or negative when /dev/mem cannot be opened or mapped. */
+int vekMemOpen(uint64_t reg_start, uint64_t reg_size, uint64_t vram_start, uint64_t vram_size);
+
+/** Opens a serial line to the board, 8N1, and closes what was open.
+    @param path device node, "/dev/ttyUSB0"
+    @param baud_rate 9600, 19200, 38400, 115200 or 460800; VEK_BAD_ARGUMENT for any other */
+int vekSerialOpen(const char* path, int baud_rate);
+
+/** Closes whatever connection is open; 0 too when none is. */
+int vekClose(void);
+
+/** @return enum AccessMode of the open connection, VEK_NO_PATH without one. */
+int get_s_type(void);
+
+/** @return the id set with doGetDeviceId(), else that of the connected chip (enum VekDeviceId), else 0. */
+unsigned int get_device_id(void);
+
+/** Sets the device id that the library assumes from now on.
+    @param program_name opens the one line printed on standard error about an unknown type
+    @param gpu_type "QZ201" or "QZ202", "201" or "202", "0x201" or "0x202", letters in either case; any other leaves the
+    id as it is and answers VEK_BAD_ARGUMENT */
+int doGetDeviceId(const char* program_name, const char* gpu_type);
+
+/* ---- Card selection and queries ------------------------------------------------------------------------------ */
+
+/** Makes another card the one that all functions work on. @param card index from 0 to the number of cards less 1 */
+int vekSetCard(int card);
+
+/** @return index of the selected card. */
+int vekGetCard(void);
+
+/** Reads one integer of the driver. @param item enum VekQueryItem @param value receives it @param card card index */
+int vekQueryInt(int item, int* value, int card);
+
+/** Fetches a text report of the driver.
+    @param keyword "" for everything, or ID, AXI, VPU, 3D, 2D, DDR, 3DCORE, 2DCORE, GOP, VRAM, CARD, CHANNEL, BANDWIDTH
+    or LOAD, in upper case; any other answers VEK_BAD_ARGUMENT
+    @param report VEK_QUERY_REPORT_SIZE bytes that receive complete lines and a NUL */
+int vekQueryInfo(const char* keyword, char* report);
+
+/* ---- Register region ----------------------------------------------------------------------------------------- */
+
+/** Read an item at a byte offset in the register region (over a serial line: at an AMBA address) with one access of
+    exactly its width. An offset that is not a multiple of the width answers VEK_BAD_ARGUMENT. */
+int vekRegReadByte(uint64_t address, uint8_t* value);
+int vekRegReadWord(uint64_t address, uint16_t* value); /**< @see vekRegReadByte() */
+int vekRegReadLong(uint64_t address, uint32_t* value); /**< @see vekRegReadByte() */
+int vekRegReadQuad(uint64_t address, uint64_t* value); /**< @see vekRegReadByte() */
+
+/** Write an item; the address as in vekRegReadByte(). */
+int vekRegWriteByte(uint64_t address, uint8_t value);
+int vekRegWriteWord(uint64_t address, uint16_t value); /**< @see vekRegWriteByte() */
+int vekRegWriteLong(uint64_t address, uint32_t value); /**< @see vekRegWriteByte() */
+int vekRegWriteQuad(uint64_t address, uint64_t value); /**< @see vekRegWriteByte() */
+
+/* ---- Video memory -------------------------------------------------------------------------------------------- */
+
+/** Read an item at a byte address in the card's video memory; any alignment. */
+int vekVramReadByte(uint64_t address, uint8_t* value);
+int vekVramReadWord(uint64_t address, uint16_t* value); /**< @see vekVramReadByte() */
+int vekVramReadLong(uint64_t address, uint32_t* value); /**< @see vekVramReadByte() */
+int vekVramReadQuad(uint64_t address, uint64_t* value); /**< @see vekVramReadByte() */
+
+/** Write an item at a byte address in the card's video memory; any alignment. */
+int vekVramWriteByte(uint64_t address, uint8_t value);
+int vekVramWriteWord(uint64_t address, uint16_t value); /**< @see vekVramWriteByte() */
+int vekVramWriteLong(uint64_t address, uint32_t value); /**< @see vekVramWriteByte() */
+int vekVramWriteQuad(uint64_t address, uint64_t value); /**< @see vekVramWriteByte() */
+
+/** Reads a run of longs of video memory into a buffer or into a file: exactly one of the two is given.
+    @param buffer room for count longs, or null
+    @param address byte address of the first long @param count number of longs, 1 or more
+    @param file name of a file to create or replace (raw longs in address order, no header), or null */
+int vekMultiVramReadLong(uint32_t* buffer, uint64_t address, int count, const char* file);
+
+/** Writes a run of longs of video memory: value over and over, or with a file name its longs (the format that
+    vekMultiVramReadLong() writes; value is not looked at). A file that holds fewer than count longs is written as far
+    as it reaches; one without a single whole long answers VEK_BAD_DATA.
+    @param address byte address of the first long @param count number of longs, 1 or more @param file name, or null */
+int vekMultVramWriteLong(uint32_t value, uint64_t address, int count, const char* file);
+
+/** Prints a buffer as a dump, four longs a line: "%08lx:" with the address of the first, each long as " %08x", two
+    blanks, then the line's bytes as ASCII between two '|', '.' for what is not printable. The ASCII column of a short
+    last line is aligned with the others. Every line ends with a line end.
+    @param buffer count longs @param item_size 4, else VEK_BAD_ARGUMENT
+    @param address video memory address of the first long @param count number of longs; below 1 prints nothing */
+int dump_vram(const void* buffer, int item_size, uint64_t address, int count);
+
+/** Prints the list of free video memory nodes. */
+int vekDumpVramFree(void);
+
+/* ---- Kernel virtual memory ----------------------------------------------------------------------------------- */
+
+/** Read an item at a kernel virtual address of the host, through the driver; any alignment. */
+int vekKmemReadByte(uint64_t address, uint8_t* value);
+int vekKmemReadWord(uint64_t address, uint16_t* value); /**< @see vekKmemReadByte() */
+int vekKmemReadLong(uint64_t address, uint32_t* value); /**< @see vekKmemReadByte() */
+int vekKmemReadQuad(uint64_t address, uint64_t* value); /**< @see vekKmemReadByte() */
+
+/** Write an item at a kernel virtual address of the host, through the driver; any alignment. */
+int vekKmemWriteByte(uint64_t address, uint8_t value);
+int vekKmemWriteWord(uint64_t address, uint16_t value); /**< @see vekKmemWriteByte() */
+int vekKmemWriteLong(uint64_t address, uint32_t value); /**< @see vekKmemWriteByte() */
+int vekKmemWriteQuad(uint64_t address, uint64_t value); /**< @see vekKmemWriteByte() */
+
+/* ---- AMBA bus ------------------------------------------------------------------------------------------------ */
+
+/** Read an item at an address of the board's internal AMBA bus with one access of exactly its width. An address that is
+    not a multiple of the width answers VEK_BAD_ARGUMENT. */
+int vekAmbaReadByte(uint64_t address, uint8_t* value);
+int vekAmbaReadWord(uint64_t address, uint16_t* value); /**< @see vekAmbaReadByte() */
+int vekAmbaReadLong(uint64_t address, uint32_t* value); /**< @see vekAmbaReadByte() */
+int vekAmbaReadQuad(uint64_t address, uint64_t* value); /**< @see vekAmbaReadByte() */
+
+/** Write an item; the address as in vekAmbaReadByte(). */
+int vekAmbaWriteByte(uint64_t address, uint8_t value);
+int vekAmbaWriteWord(uint64_t address, uint16_t value); /**< @see vekAmbaWriteByte() */
+int vekAmbaWriteLong(uint64_t address, uint32_t value); /**< @see vekAmbaWriteByte() */
+int vekAmbaWriteQuad(uint64_t address, uint64_t value); /**< @see vekAmbaWriteByte() */
+
+/* ---- CRTC registers and PCI configuration space -------------------------------------------------------------- */
+
+/** Reads a register of display controller 0. @param index register number */
+int vekCrtcReadByte(uint32_t index, uint8_t* value);
+
+/** Writes a register of display controller 0. @param index register number */
+int vekCrtcWriteByte(uint32_t index, uint8_t value);
+
+/** Reads a double word of the selected card's PCI configuration space (function 0). @param offset byte offset, a
+    multiple of 4, else VEK_BAD_ARGUMENT; past the 4096 bytes of PCI Express VEK_NO_RESPONSE */
+int vekPciRead(int32_t offset, uint32_t* value);
+
+/** Writes a double word of PCI configuration space; read-only bits keep their value. The offset as in vekPciRead(). */
+int vekPciWrite(int32_t offset, uint32_t value);
+
+/* ---- I2C ----------------------------------------------------------------------------------------------------- */
+
+/** Reads consecutive bytes of an I2C device. @param device 7-bit address @param sub_address register or memory address
+    in the device, advanced by the device @param count number of bytes, 0 or more @param data receives them
+    @return VEK_NO_RESPONSE when the device does not acknowledge (the data stay untouched) */
+int vekI2cRead(int channel, uint32_t device, uint32_t sub_address, int count, uint8_t* data);
+
+/** Writes consecutive bytes of an I2C device; the arguments as in vekI2cRead(). */
+int vekI2cWrite(int channel, uint32_t device, uint32_t sub_address, int count, const uint8_t* data);
+
+/** @return a text for a result of vekI2cRead() or vekI2cWrite(), whatever its value; constant, never null. */
+const char* vekI2cErrString(int error);
+
+/* ---- DDC and EDID -------------------------------------------------------------------------------------------- */
+
+/** Reads the EDID of the monitor on a DDC channel, extension blocks included (VESA E-EDID, E-DDC).
+    @param length receives the number of bytes
+    @param data receives a pointer to them; they are the library's and stay valid until EDID is next read or parsed, or
+    the connection closes
+    @param valid receives non-zero when headers and checksums are right
+    @return VEK_BAD_ARGUMENT when the selected card has no such channel, VEK_NO_RESPONSE when no monitor answers */
+int vekDDCRead(int channel, int* length, uint8_t** data, int* valid);
+
+/** Prints an EDID decoded. @param length in bytes; what a short or damaged block lacks is left out
+    @param flag non-zero: the extension blocks too (CTA-861); 0: the base block only */
+int edid_print_helper(const uint8_t* data, int length, int flag);
+
+/** Decodes and prints an EDID file (the raw block), or with a null path the EDID read last over any interface.
+    @return VEK_IO_ERROR when the file cannot be read, VEK_NOT_AVAILABLE when none has been read yet */
+int do_edid_parse(const char* path);
+
+/* ---- HDMI ---------------------------------------------------------------------------------------------------- */
+
+/** Makes the DDC master of an HDMI output ready. @param channel output index; VEK_BAD_ARGUMENT when the chip lacks it,
+   as in all vekHdmi functions */
+int vekHdmiDDCInit(int channel);
+
+/** Reads a byte over an HDMI output's DDC. @param slave 7-bit address @param sub_address in the slave */
+int vekHdmiDDCRead(int channel, uint8_t slave, uint8_t sub_address, uint8_t* value);
+
+/** Writes a byte over an HDMI output's DDC. @param slave 7-bit address @param sub_address in the slave */
+int vekHdmiDDCWrite(int channel, uint8_t slave, uint8_t sub_address, uint8_t value);
+
+/** Reads the EDID of an HDMI output's sink and prints it decoded. */
+int vekHdmiEDIDRead(int channel);
+
+/** Reads the hot-plug state from the phy_status0 register. @param status receives 1 with a sink attached, else 0 */
+int vekHdmiHpdSense(int channel, uint8_t* status);
+
+/** Reads the timing that an HDMI output runs at. */
+int vekHdmiModeRead(int channel, struct VekDisplayMode* mode);
+
+/** Opens the configuration of an HDMI PHY; vekHdmiPhyEnd() applies and closes it. */
+int vekHdmiPhyStart(int channel);
+
+/** Applies and closes the configuration of an HDMI PHY. */
+int vekHdmiPhyEnd(int channel);
+
+/** Resets an HDMI PHY: its registers return to their defaults. */
+int vekHdmiPhyReset(int channel);
+
+/** Reads a 16-bit register of an HDMI PHY. */
+int vekHdmiPhyRead(int channel, uint32_t address, uint16_t* value);
+
+/** Writes a 16-bit register of an HDMI PHY. */
+int vekHdmiPhyWrite(int channel, uint32_t address, uint16_t value);
+
+/* ---- DisplayPort and eDP ------------------------------------------------------------------------------------- */
+
+/** Initialises a DisplayPort controller. @param channel output index; VEK_BAD_ARGUMENT when the chip lacks it, as in
+   all vekDp functions */
+int vekDpInit(int channel);
+
+/** Trains the main link: clock recovery, then channel equalisation. @return VEK_IO_ERROR when training fails */
+int vekDpLinkTraining(int channel);
+
+/** Configures the controller's main stream for the present timing. */
+int vekDpCTLCfg(int channel);
+
+/** Reads the timing that a DisplayPort output runs at. */
+int vekDpModeRead(int channel, struct VekDisplayMode* mode);
+
+/** Reads a byte of the sink's DPCD over the AUX channel. @param address 20-bit DPCD address */
+int vekDpAuxRead(int channel, uint32_t address, uint8_t* value);
+
+/** Reads consecutive bytes of the sink's DPCD. @param buffer receives count bytes @param count 0 or more */
+int vekDpAuxReadBuf(int channel, uint32_t address, uint8_t* buffer, int count);
+
+/** Writes a byte of the sink's DPCD over the AUX channel. */
+int vekDpAuxWrite(int channel, uint32_t address, uint8_t value);
+
+/** Reads the sink's EDID through I2C over AUX. @param buffer VEK_EDID_BUFFER_SIZE bytes; longer EDID is cut there
+    @param length receives the number of bytes */
+int vekDpAuxEdidGet(int channel, uint8_t* buffer, int* length);
+
+/** Reads a byte of an I2C device of the sink through I2C over AUX. @param device 7-bit address */
+int vekDpI2cRead(int channel, uint32_t device, uint8_t sub_address, uint8_t* value);
+
+/** Reads consecutive bytes of an I2C device of the sink. @param buffer receives count bytes @param count 0 or more */
+int vekDpI2cReadBuf(int channel, uint32_t device, uint8_t sub_address, uint8_t* buffer, int count);
+
+/** Reads a 16-bit register of the controller's register block. @param address byte address, a multiple of 2 */
+int vekDpCdbRead(int channel, uint32_t address, uint16_t* value);
+
+/** Writes a 16-bit register of the controller's register block. @param address byte address, a multiple of 2 */
+int vekDpCdbWrite(int channel, uint32_t address, uint16_t value);
+
+/** Reads a 32-bit register of a DisplayPort PHY. @param address byte address, a multiple of 4 */
+int vekDpPhyRead(int channel, uint32_t address, uint32_t* value);
+
+/** Writes a 32-bit register of a DisplayPort PHY. @param address byte address, a multiple of 4 */
+int vekDpPhyWrite(int channel, uint32_t address, uint32_t value);
+
+/** Puts the frequency and the duty set by vekEdpPwmSet() and vekEdpLightSet() into effect. */
+int vekEdpEnablePwm(void);
+
+/** Sets the frequency of the backlight's PWM. @param frequency_hz 200 to 1,000,000 */
+int vekEdpPwmSet(int frequency_hz);
+
+/** Sets the duty of the backlight's PWM. @param percent 0 to 100 */
+int vekEdpLightSet(int percent);
+
+/** Switches the eDP self-test pattern. @param state 0 off, 1 on */
+int vekEdpSelfTestSet(int channel, uint8_t state);
+
+/* ---- Display modes and gamma --------------------------------------------------------------------------------- */
+
+/** Reads the timing that a display controller runs at. @param channel 0 to 3 on QZ201, 0 and 1 on QZ202 */
+int vekCrtcModeRead(int channel, struct VekDisplayMode* mode);
+
+/** Prints which display controller feeds which output, decoded from register 0x024. */
+int vekCrtcOutputPrint(void);
+
+/** Sets a display controller's gamma ramp. @param setting the controller's number, then any of "ga R:G:B" (0.0 to 1.0
+    each), "br B" (brightness, 0.0 to 1.0) and "ct T" (colour temperature in kelvin, 1000 to 25100), separated by
+   blanks; what is not given takes 1.0:1.0:1.0, 1.0 and 6500. A malformed setting changes nothing. */
+int vekCrtcGammaSet(const char* setting);
+
+/** Sets the VGA output's gain of each colour. */
+int vekVgaSetGain(uint8_t red, uint8_t green, uint8_t blue);
+
+/** Sets the VGA output's gain of one colour. @param colour 'R', 'G' or 'B' */
+int vekVgaSetSigleGain(int colour, uint8_t gain);
+
+/* ---- Zoom video ---------------------------------------------------------------------------------------------- */
+
+/** Sets up a capture port and its SAA7111A decoder. @param id port, 0 or 1, as in all vekZoomVideo functions
+    @param i2c_channel I2C controller of the decoder, 0 or 1 @param i2c_sa level of the decoder's IICSA pin, 0 or 1
+    @param layer 0 hardware layer 1, 1 hardware layer 3 */
+int vekZoomVideoInit(int id, int i2c_channel, int i2c_sa, int layer);
+
+/** Starts capture into a window. @param x, y position and w, h size of the window in pixels @param cut_left columns cut
+    from the left of the picture @param zoomw, zoomh zoom factors 2^0 to 2^3 as their exponents, 0 to 3
+    @param connector CRTC that shows the window, 0 or 1 */
+int vekZoomVideoStart(int id, int x, int y, int w, int h, int cut_left, int zoomw, int zoomh, int connector);
+
+/** Stops capture. */
+int vekZoomVideoStop(int id);
+
+/** Starts capture again as it was last started. */
+int vekZoomVideoRestart(int id);
+
+/** Reads a port's parameters: those of vekZoomVideoStart(), and the size of the incoming picture in pixels. */
+int vekZoomVideoGetParm(int id, int32_t* x, int32_t* y, int32_t* w, int32_t* h, int32_t* cut_left, int32_t* zoomw,
+                        int32_t* zoomh, int32_t* connector, int32_t* camera_w, int32_t* camera_h);
+
+/* ---- SPI flash ----------------------------------------------------------------------------------------------- */
+
+/** Reads the SPI flash. @param buffer receives size bytes @param address byte address; the range must lie within
+    VEK_SPI_FLASH_SIZE, as in all vekSpi functions @param size in bytes, 1 or more */
+int vekSpiReadBuffer(void* buffer, int address, int size);
+
+/** Erases every 4 KiB sector that the range touches, by 64 KiB blocks where whole blocks lie in it.
+    @return VEK_PROTECTED when the range is write-protected */
+int vekSpiErase(int address, int size);
+
+/** Programs the SPI flash; bits only go from 1 to 0, so erase first. @param size in bytes, a multiple of 4
+    @return VEK_PROTECTED when the range is write-protected */
+int vekSpiProgram(const void* buffer, int address, int size);
+
+/** Write-protects the whole SPI flash; the chip keeps this without power. */
+int vekSpiProtect(void);
+
+/** Ends the write protection of the whole SPI flash. */
+int vekSpiUnprotect(void);
+
+/* ---- On-chip sensors ----------------------------------------------------------------------------------------- */
+
+/** Reads a die temperature. @param sensor 0 or 1 @param celsius receives degrees Celsius */
+int vekSensorTemp(int sensor, double* celsius);
+
+/** Reads a supply voltage. @param sensor 0 or 1 @param volts receives volts */
+int vekSensorVolt(int sensor, double* volts);
+
+/** Reads a process monitor. @param kind enum VekProcessMonitor @param sensor 0 or 1 on QZ201, 0 on QZ202
+    @param reading receives the count */
+int vekSensorProcess(int kind, int sensor, int* reading);
+
+/* ---- Power monitor chips ------------------------------------------------------------------------------------- */
+
+/** Reads the two currents of an LTC2990, (V1-V2)/Rsense1 and (V3-V4)/Rsense2.
+    Common to the LTC2990 and LTC2991 functions:
+    @param channel I2C channel
+    @param address_index strapped address: 0 to 3 stand for 0x98 to 0x9E (8-bit write form) on the LTC2990, 0 to 7 for
+    0x90 to 0x9E on the LTC2991
+    @param rsense1, rsense2 sense resistors in milliohms; 0: none is fitted, and that current reads 0
+    @param current1, current2 receive amperes
+    @param repeated 0: one acquisition; 1: the chip goes on acquiring afterwards
+    @param wait_ready 1: wait until all values asked for are new; 0: take what the chip holds
+    @return VEK_NO_RESPONSE when no chip answers, VEK_TIMED_OUT when it does not get ready */
+int vekLTC2990GetCurrent2(int channel, int address_index, unsigned int rsense1, unsigned int rsense2, float* current1,
+                          float* current2, int repeated, int wait_ready);
+
+/** Reads the four single-ended voltages of an LTC2990, in volts. @see vekLTC2990GetCurrent2() */
+int vekLTC2990GetVolt4(int channel, int address_index, float* v1, float* v2, float* v3, float* v4, int repeated,
+                       int wait_ready);
+
+/** Reads the four currents of an LTC2991 through the pairs V1-V2, V3-V4, V5-V6 and V7-V8, in amperes.
+    @see vekLTC2990GetCurrent2() */
+int vekLTC2991GetCurrent4(int channel, int address_index, unsigned int rsense1, unsigned int rsense2,
+                          unsigned int rsense3, unsigned int rsense4, float* current1, float* current2, float* current3,
+                          float* current4, int repeated, int wait_ready);
+
+/** Reads the eight single-ended voltages of an LTC2991, in volts. @see vekLTC2990GetCurrent2() */
+int vekLTC2991GetVolt8(int channel, int address_index, float* v1, float* v2, float* v3, float* v4, float* v5, float* v6,
+                       float* v7, float* v8, int repeated, int wait_ready);
+
+/** Reads the bus voltages of channels 1 and 2 of the INA3221 on an I2C channel, in millivolts. */
+int vekINA3221GetVolt2(int channel, float* millivolts1, float* millivolts2);
+
+/** Reads the currents of channels 1 and 2 of the INA3221 on an I2C channel, in amperes. @param rsense1, rsense2 shunts
+   in milliohms; 0: none is fitted, and that current reads 0 */
+int vekINA3221GetCurrent2(int channel, unsigned int rsense1, unsigned int rsense2, float* current1, float* current2);
+
+/* ---- Power, fan, thermal, feature switches ------------------------------------------------------------------- */
+
+/** Reads the power state. @param state receives enum VekPowerState */
+int vekPowerGetState(int* state);
+
+/** Sets the power state. @param state enum VekPowerState */
+int vekPowerSetState(int state);
+
+/** @return a printable name for any value of a power state; constant, never null. */
+const char* vekPowerStateName(int state);
+
+/** Sets the fan by hand or gives it back to the temperature regulation. @param rate percent of full PWM duty, 0 to 100;
+    -1 automatic */
+int vekFanSetRate(int rate);
+
+/** Feeds a simulated die temperature to the fan regulation. @param temperature in thousandths of a degree Celsius; -1
+   ends the simulation; what no die can have answers VEK_BAD_ARGUMENT */
+int vekThermalDebug(int temperature);
+
+/** Runs a `func` command: parses its text, switches the feature and prints the outcome.
+    @param text the whole command, command word first; may be changed @param repeat 1 when an empty line repeats it */
+int tovira_func(char* text, int repeat);
+
+/* ---- Clocks -------------------------------------------------------------------------------------------------- */
+
+/** @return the frequency of a clock domain in MHz. @param domain enum VekClockDomain */
+int vek_qz200_get_freq(int domain);
+
+/** Computes the PLL setting for a frequency. @param reference_khz of the crystal, 27000 @param mode 1, integer dividers
+    @param wanted_khz in kHz @param setting receives the setting, to be handed to vek_qz200_set_clk_freq() unread
+    @return VEK_OUT_OF_RANGE when no setting reaches it */
+int vek_qz200_pllcalc(int reference_khz, int mode, uint32_t wanted_khz, uint32_t* setting);
+
+/** Sets the PLL of a clock domain. @param domain enum VekClockDomain @param setting from vek_qz200_pllcalc() */
+int vek_qz200_set_clk_freq(int domain, uint32_t setting);
+
+/** Switches a PLL or core clock. @param mode enum VekClockMode @param source enum VekClockSource */
+int vek_qz200_set_clk_mode(int mode, int source);
+
+/* ---- Version and information --------------------------------------------------------------------------------- */
+
+/** Reads the four numbers of the kernel driver core's version. */
+int vekRvtcoreVer(int* major, int* minor, int* third, int* fourth);
+
+/** Reads the present use of video memory. */
+int vekInfoRead(struct gpu_info* info);
+
+/* ---- AXI monitor --------------------------------------------------------------------------------------------- */
+
+/** Collects the AXI transaction counts of a QZ201 run that has been started into the file "axiMonitorData" in the
+   working directory and returns when done. */
+int vekMonitorAxiTrans_QZ201(void);
+
+/** Thread entry: collects the AXI transaction counts of a QZ202 into "axiMonitorData" under a folder of the given name
+    until the thread is cancelled; it reaches cancellation points and frees what it holds when cancelled.
+    @param folder_name text that stays valid while the thread runs @return null, at once when it cannot collect */
+void* vek_thread_qz202monitor(void* folder_name);
+
+/* ---- Scripts ------------------------------------------------------------------------------------------------- */
+
+/** Runs a script file inside the library; docs/script-format.md describes the format.
+    @param name file name; VEK_BAD_ARGUMENT when null
+    @return 0 at the end of the script, the status that the script itself ends with, or a negative failure */
+int vekRunScript(const char* name);
+
+#pragma GCC visibility pop
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
