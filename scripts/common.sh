@@ -64,7 +64,7 @@ ensure_packages()
         die "install them with: sudo apt-get install --no-install-recommends ${missing[*]}"
     fi
     say "installing ${missing[*]}"
-    apt_get update || say "the package lists could not be refreshed, going on with those at hand"
+    apt_get update --error-on=any || say "the package lists could not be refreshed, going on with those at hand"
     apt_get install --no-install-recommends "${missing[@]}" || die "the packages could not be installed"
 }
 
