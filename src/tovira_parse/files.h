@@ -1,0 +1,23 @@
+/// Files that commands read and write. The names come from whoever types, and the program runs as root: a FIFO with
+/// nobody at its other end or a directory must be refused, never waited for.
+#ifndef TOVIRA_PARSE_FILES_H
+#define TOVIRA_PARSE_FILES_H
+
+#include <cstdio>
+
+/// Creates or truncates a file for raw output (mode "wb"). Null when that cannot be done; errno then tells why.
+FILE* createFile(const char* name);
+
+/// Closes what createFile gave and says so on standard error when not everything could be written to it.
+void closeCreatedFile(FILE* file, const char* name);
+
+/// The whole contents of a file, terminated with a NUL behind them.
+struct FileText {
+    char* text;        ///< owned by the caller, who frees it with free(); null when it could not be had
+    bool outOfMemory;  ///< tells a failed allocation from a file that could not be opened or read
+};
+
+/// Reads a file whole. On failure `text` is null and errno tells why.
+FileText readWholeFile(const char* name);
+
+#endif

@@ -1,0 +1,114 @@
+#include "tovira_parse/terminal.h"
+
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+
+namespace
+{
+
+termios savedSettings;
+volatile std::sig_atomic_t isRaw = 0;
+
+constexpr int kGuardedSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP};
+
+bool applyRawSettings()
+{
+    termios raw = savedSettings;
+    cfmakeraw(&raw);
+    return tcsetattr(STDIN_FILENO, TCSANOW, &raw) == 0;
+}
+
+// Lets the signal have its default effect with the terminal as it was. Only a stop comes back from that: the settings
+// are then saved afresh, since the shell may have changed them meanwhile. Async-signal-safe calls only.
+void deliverWithTerminalRestored(int signalNumber)
+{
+    const int savedErrno = errno;
+    const bool wasRaw = isRaw != 0;
+    if (wasRaw) {
+        tcsetattr(STDIN_FILENO, TCSANOW, &savedSettings);
+    }
+
+    struct sigaction defaultAction = {};
+    struct sigaction ownAction = {};
+    defaultAction.sa_handler = SIG_DFL;
+    sigaction(signalNumber, &defaultAction, &ownAction);
+    sigset_t unblocked;
+    sigemptyset(&unblocked);
+    sigaddset(&unblocked, signalNumber);
+    raise(signalNumber);
+    sigprocmask(SIG_UNBLOCK, &unblocked, nullptr);
+
+    sigaction(signalNumber, &ownAction, nullptr);
+    if (wasRaw && tcgetattr(STDIN_FILENO, &savedSettings) == 0) {
+        applyRawSettings();
+    }
+    errno = savedErrno;
+}
+
+// A signal that whoever started the program has set to be ignored stays ignored.
+void guardSignals()
+{
+    static bool guarded = false;
+    if (guarded) {
+        return;
+    }
+    guarded = true;
+    for (const int signalNumber : kGuardedSignals) {
+        struct sigaction action = {};
+        if (sigaction(signalNumber, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) {
+            continue;
+        }
+        action = {};
+        action.sa_handler = deliverWithTerminalRestored;
+        action.sa_flags = SA_RESTART;
+        sigaction(signalNumber, &action, nullptr);
+    }
+}
+
+}  // namespace
+
+bool enterRawTerminal()
+{
+    if (tcgetattr(STDIN_FILENO, &savedSettings) != 0) {
+        return false;
+    }
+    guardSignals();
+    isRaw = 1;
+    if (!applyRawSettings()) {
+        isRaw = 0;
+        return false;
+    }
+    return true;
+}
+
+bool leaveRawTerminal()
+{
+    const bool restored = tcsetattr(STDIN_FILENO, TCSANOW, &savedSettings) == 0;
+    isRaw = 0;
+    return restored;
+}
+
+void flushTerminalOutput()
+{
+    static const bool isTerminal = isatty(STDOUT_FILENO) == 1;
+    if (isTerminal) {
+        fflush(stdout);
+    }
+}
+
+int my_getch()
+{
+    flushTerminalOutput();
+    if (!enterRawTerminal()) {
+        return -1;
+    }
+    const int key = getc(stdin);
+    if (key == EOF) {
+        clearerr(stdin);
+    }
+    return leaveRawTerminal() ? key : -1;
+}

@@ -1,0 +1,28 @@
+/// Letters and tokens of command texts.
+#ifndef TOVIRA_PARSE_TEXT_H
+#define TOVIRA_PARSE_TEXT_H
+
+/// Delimiters around a command word.
+inline constexpr const char* kWordDelimiters = " ,\t\r\n";
+/// Delimiters between the arguments that follow it.
+inline constexpr const char* kArgumentDelimiters = " ,\t";
+
+/// Turns the letters `a` to `z` of the text into upper case, in place and whatever the locale.
+void upperCase(char* text);
+
+/// Turns the letters `A` to `Z` of the text into lower case, in place and whatever the locale.
+void lowerCase(char* text);
+
+/// Splits a modifiable text into tokens. A token stays valid as long as the text does.
+struct Tokens {
+    char* rest;  ///< what has not been split yet
+
+    /// The command word, or null when the text holds none.
+    char* word() { return next(kWordDelimiters); }
+    /// The next argument, or null when there is none.
+    char* argument() { return next(kArgumentDelimiters); }
+    /// The next run of characters that are not among the delimiters, or null when there is none.
+    char* next(const char* delimiters);
+};
+
+#endif

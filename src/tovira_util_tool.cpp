@@ -1,0 +1,60 @@
+// The entry point: opens one access path to a card and runs the console over it.
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "tovira_parse/dispatcher.h"
+#include "tovira_parse/line_editor.h"
+#include "tovira_parse/options.h"
+#include "util_cmd.h"
+#include "vek.h"
+
+namespace
+{
+
+bool openDriverDevice(const char* progName)
+{
+    if (vekRwOpen(set_card) < 0) {
+        puts("Open /dev/tovira device error");
+        progHelp(progName);
+        return false;
+    }
+    printf("enter command line with /dev/vekrw for QZ%x!\n", get_device_id());
+    return true;
+}
+
+void announceOpenedPath()
+{
+    const int mode = get_s_type();
+    if (mode == VEK_ACCESS_SERIAL) {
+        printf("enter command line with serial port for QZ%x!\n", get_device_id());
+    } else if (mode == VEK_ACCESS_MEM) {
+        printf("enter command line with /dev/mem for QZ%x!\n", get_device_id());
+    }
+}
+
+void runConsole()
+{
+    while (getCmdLine() != 1 && parseAndRunCmd() != kStatusQuit) {
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    StartOptions options = {.commandText = "", .openResult = 0, .interactive = 1};
+    options_parse_args(&options, argc, argv);
+    if (options.openResult != 0) {
+        announceOpenedPath();
+    } else if (!openDriverDevice(argv[0])) {
+        return EXIT_FAILURE;
+    }
+    if (options.interactive == 1) {
+        runConsole();
+    } else {
+        parseAndRunOpt(options.commandText);
+    }
+    vekClose();
+    return EXIT_SUCCESS;
+}
