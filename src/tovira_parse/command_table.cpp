@@ -81,10 +81,226 @@ constexpr UtilCmd kCmdRows[] = {
      "rwq [adr] [data]\n"
      "\t[adr]: the address of write on register region\n"
      "\t[data]: write eight bytes data on register region"},
+    {"crb", doCrtcReg, kEveryPath, 1, "read a byte on crtc 0 registr region(hex)",
+     "crb [adr]\n"
+     "\t[adr]: the address of read on crtc 0 register region"},
+    {"cwb", doCrtcReg, kEveryPath, 0, "write a byte on registr region(hex)",
+     "cwb [adr] [data]\n"
+     "\t[adr]: the address of write on crtc 0 register region\n"
+     "\t[data]: write a byte data on crtc 0 register region"},
+    {"crbs", doCrtcReg, kEveryPath, 1, "read a byte for cnt times on register region(hex), and save to [fname]",
+     "crbs [adr] [cnt] [fname]\n"
+     "\t[adr]: the read auto inc address on crtc 0 register region\n"
+     "\t[cnt]: the times of read a byte\n"
+     "\t[fname]: file name to save"},
+    {"vrb", doVram, kEveryPath, 1, "read a byte on vram region(hex)",
+     "vrb [adr]\n"
+     "\t[adr]: the address of read on vram region"},
+    {"vrw", doVram, kEveryPath, 1, "read two byte on vram region(hex)",
+     "vrw [adr]\n"
+     "\t[adr]: the address of read on vram region"},
+    {"vrl", doVram, kEveryPath, 1, "read four byte on vram region(hex)",
+     "vrl [adr]\n"
+     "\t[adr]: the address of read on vram region"},
+    {"vrq", doVram, kEveryPath, 1, "read eight byte on vram region(hex)",
+     "vrq [adr]\n"
+     "\t[adr]: the address of read on vram region"},
+    {"vwb", doVram, kEveryPath, 0, "write a byte on vram region(hex)",
+     "vwb [adr] [data]\n"
+     "\t[adr]: the address of write on vram region\n"
+     "\t[data]: write a byte data on vram region"},
+    {"vww", doVram, kEveryPath, 0, "write two byte on vram region(hex)",
+     "vww [adr] [data]\n"
+     "\t[adr]: the address of write on vram region\n"
+     "\t[data]: write two bytes data on vram region"},
+    {"vwl", doVram, kEveryPath, 0, "write four byte on vram region(hex)",
+     "vwl [adr] [data]\n"
+     "\t[adr]: the address of write on vram region\n"
+     "\t[data]: write four bytes data on vram region"},
+    {"vwq", doVram, kEveryPath, 0, "write eight byte on vram region(hex)",
+     "vwq [adr] [data]\n"
+     "\t[adr]: the address of write on vram region\n"
+     "\t[data]: write eight bytes data on vram region"},
+    {"vrbs", doMultVram, kEveryPath, 1, "read a byte for cnt times with auto inc adr on vram region(hex)",
+     "vrbs [adr] [cnt] [fname]\n"
+     "\t[adr]: the read auto inc address on vram region\n"
+     "\t[cnt]: the times of read a byte\n"
+     "\t[fname]: filename to save data (optional)"},
+    {"vrws", doMultVram, kEveryPath, 1, "read two bytes for cnt times with auto inc adr on vram region(hex)",
+     "vrws [adr] [cnt] [fname]\n"
+     "\t[adr]: the read auto inc address on vram region\n"
+     "\t[cnt]: the times of read two bytes\n"
+     "\t[fname]: filename to save data (optional)"},
+    {"vrls", doMultVram, kEveryPath, 1, "read four bytes for cnt times with auto inc adr on vram region(hex)",
+     "vrls [adr] [cnt] [fname]\n"
+     "\t[adr]: the read auto inc address on vram region\n"
+     "\t[cnt]: the times of read four bytes\n"
+     "\t[fname]: filename to save data (optional)"},
+    {"vrqs", doMultVram, kEveryPath, 1, "read eight bytes for cnt times with auto inc adr on vram region(hex)",
+     "vrqs [adr] [cnt] [fname]\n"
+     "\t[adr]: the read auto inc address on vram region\n"
+     "\t[cnt]: the times of read eight bytes\n"
+     "\t[fname]: filename to save data (optional)"},
+    {"vwbs", doMultVram, kEveryPath, 0, "write a byte for cnt times with auto inc adr on vram region(hex)",
+     "vwbs [adr] [cnt] [val]\n"
+     "\t[adr]: the read auto inc address on vram region\n"
+     "\t[cnt]: the times of write a byte\n"
+     "\t[val]: the date of write a byte"},
+    {"vwws", doMultVram, kEveryPath, 0, "write two bytes for cnt times with auto inc adr on vram region(hex)",
+     "vwws [adr] [cnt] [val]\n"
+     "\t[adr]: the read auto inc address on vram region\n"
+     "\t[cnt]: the times of write two bytes\n"
+     "\t[val]: the date of write two bytes"},
+    {"vwls", doMultVram, kEveryPath, 0, "write four bytes for cnt times with auto inc adr on vram region(hex)",
+     "vwls [adr] [cnt] [val]\n"
+     "\t[adr]: the read auto inc address on vram region\n"
+     "\t[cnt]: the times of write four bytes\n"
+     "\t[val]: the value of write four bytes or the filename of vrams' file."},
+    {"vwqs", doMultVram, kEveryPath, 0, "write eight bytes for cnt times with auto inc adr on vram region(hex)",
+     "vwqs [adr] [cnt] [val]\n"
+     "\t[adr]: the read auto inc address on vram region\n"
+     "\t[cnt]: the times of write eight bytes\n"
+     "\t[val]: the date of write eight bytes"},
+    {"krb", doKmem, kEveryPath, 1, "read a byte with kernel virtual address(hex)",
+     "krb [adr]\n"
+     "\t[adr]: the read of kernel virtual address"},
+    {"krw", doKmem, kEveryPath, 1, "read two bytes with kernel virtual address(hex)",
+     "krw [adr]\n"
+     "\t[adr]: the read of kernel virtual address"},
+    {"krl", doKmem, kEveryPath, 1, "read four bytes with kernel virtual address(hex)",
+     "krl [adr]\n"
+     "\t[adr]: the read of kernel virtual address"},
+    {"krq", doKmem, kEveryPath, 1, "read eight bytes with kernel virtual address(hex)",
+     "krq [adr]\n"
+     "\t[adr]: the read of kernel virtual address"},
+    {"kwb", doKmem, kEveryPath, 0, "write a byte with kernel virtual address(hex)",
+     "kwb [adr] [data]\n"
+     "\t[adr]: the write of kernel virtual address\n"
+     "\t[data]: write a byte data on kernel virtual address"},
+    {"kww", doKmem, kEveryPath, 0, "write two bytes with kernel virtual address(hex)",
+     "kww [adr] [data]\n"
+     "\t[adr]: the write of kernel virtual address\n"
+     "\t[data]: write two bytes data on kernel virtual address"},
+    {"kwl", doKmem, kEveryPath, 0, "write four bytes with kernel virtual address(hex)",
+     "kwl [adr] [data]\n"
+     "\t[adr]: the write of kernel virtual address\n"
+     "\t[data]: write four bytes data on kernel virtual address"},
+    {"kwq", doKmem, kEveryPath, 0, "write eight bytes with kernel virtual address(hex)",
+     "kwq [adr] [data]\n"
+     "\t[adr]: the write of kernel virtual address\n"
+     "\t[data]: write eight bytes data on kernel virtual address"},
+    {"krbs", doMultKmem, kEveryPath, 1, "read a byte for cnt times on auto inc adr with kernel virtual address(hex)",
+     "krbs [adr] [cnt]\n"
+     "\t[adr]: the read auto inc address on kernel virtual address\n"
+     "\t[cnt]: the times of read a byte"},
+    {"krws", doMultKmem, kEveryPath, 1, "read two bytes for cnt times on auto inc adr with kernel virtual address(hex)",
+     "krws [adr] [cnt]\n"
+     "\t[adr]: the read auto inc address on kernel virtual address\n"
+     "\t[cnt]: the times of read two bytes"},
+    {"krls", doMultKmem, kEveryPath, 1,
+     "read four bytes for cnt times on auto inc adr with kernel virtual address(hex)",
+     "krls [adr] [cnt]\n"
+     "\t[adr]: the read auto inc address on kernel virtual address\n"
+     "\t[cnt]: the times of read four bytes"},
+    {"krqs", doMultKmem, kEveryPath, 1,
+     "read eight bytes for cnt times on auto inc adr with kernel virtual address(hex)",
+     "krqs [adr] [cnt]\n"
+     "\t[adr]: the read auto inc address on kernel virtual address\n"
+     "\t[cnt]: the times of read eight bytes"},
+    {"kwbs", doMultKmem, kEveryPath, 0, "write a byte for cnt times on auto inc adr with kernel virtual address(hex)",
+     "kwbs [adr] [cnt] [val]\n"
+     "\t[adr]: the read auto inc address on kernel virtual address\n"
+     "\t[cnt]: the times of write a byte\n"
+     "\t[val]: the date of write a byte"},
+    {"kwws", doMultKmem, kEveryPath, 0,
+     "write two bytes for cnt times on auto inc adr with kernel virtual address(hex)",
+     "kwws [adr] [cnt] [val]\n"
+     "\t[adr]: the read auto inc address on kernel virtual address\n"
+     "\t[cnt]: the times of write two bytes\n"
+     "\t[val]: the date of write two bytes"},
+    {"kwls", doMultKmem, kEveryPath, 0,
+     "write four bytes for cnt times on auto inc adr with kernel virtual address(hex)",
+     "kwls [adr] [cnt] [val]\n"
+     "\t[adr]: the read auto inc address on kernel virtual address\n"
+     "\t[cnt]: the times of write four bytes\n"
+     "\t[val]: the date of write four bytes"},
+    {"kwqs", doMultKmem, kEveryPath, 0, "write a byte for cnt times on auto inc adr with kernel virtual address(hex)",
+     "kwqs [adr] [cnt] [val]\n"
+     "\t[adr]: the read auto inc address on kernel virtual address\n"
+     "\t[cnt]: the times of write eight bytes\n"
+     "\t[val]: the date of write eight bytes"},
+    {"pci", doPCI, kDriverOnly, 0, "read or write pci configure register",
+     "\tpci [adr] [val]\n"
+     "\t[adr]: the address of read on pci configure register\n"
+     "\t[val]: trite the value on kernel virtual address"},
     {"run/r", doRun, kAlways, 0, "Run the script", " "},
     {"load", doLoad, kAlways, 0, "load the multi-command for each line on the file",
      "load [fname]\n"
      "\t [fname] the file of preserved multi command"},
+    {"arbs", doMultAmba, kEveryPath, 1, "read a byte for cnt times on register region(hex)",
+     "arbs [adr] [cnt]\n"
+     "\t[adr]: the read auto inc address on register region\n"
+     "\t[cnt]: the times of read a byte"},
+    {"arws", doMultAmba, kEveryPath, 1, "read two bytes for cnt times on registr region(hex)",
+     "arws [adr] [cnt]\n"
+     "\t[adr]: the read auto inc address on register region\n"
+     "\t[cnt]: the times of read two byte"},
+    {"arls", doMultAmba, kEveryPath, 1, "read four bytes for cnt times on registr region(hex)",
+     "arls [adr] [cnt]\n"
+     "\t[adr]: the read auto inc address on register region\n"
+     "\t[cnt]: the times of read four bytes"},
+    {"arqs", doMultAmba, kEveryPath, 1, "read eight bytes for cnt times on registr region(hex)",
+     "arqs [adr] [cnt]\n"
+     "\t[adr]: the read auto inc address on register region\n"
+     "\t[cnt]: the times of read eight bytes"},
+    {"awbs", doMultAmba, kEveryPath, 1, "write a byte for cnt times on register region(hex)",
+     "awbs [adr] [cnt] [val]\n"
+     "\t[adr]: the write auto inc address on register region\n"
+     "\t[cnt]: the times of read a byte\n"
+     "\t[val]: the date of write a byte"},
+    {"awws", doMultAmba, kEveryPath, 1, "write two bytes for cnt times on registr region(hex)",
+     "awws [adr] [cnt]\n"
+     "\t[adr]: the write auto inc address on register region\n"
+     "\t[cnt]: the times of read two byte\n"
+     "\t[val]: the date of write two bytes"},
+    {"awls", doMultAmba, kEveryPath, 1, "write four bytes for cnt times on registr region(hex)",
+     "awls [adr] [cnt]\n"
+     "\t[adr]: the write auto inc address on register region\n"
+     "\t[cnt]: the times of read four bytes\n"
+     "\t[val]: the date of write four bytes"},
+    {"awqs", doMultAmba, kEveryPath, 1, "write eight bytes for cnt times on registr region(hex)",
+     "awqs [adr] [cnt]\n"
+     "\t[adr]: the write auto inc address on register region\n"
+     "\t[cnt]: the times of read eight bytes\n"
+     "\t[val]: the date of write eight bytes"},
+    {"arb", doAmba, kEveryPath, 1, "read a byte on Amba region(hex)",
+     "arb [adr]\n"
+     "\t[adr]: the address of read on Amba region"},
+    {"arw", doAmba, kEveryPath, 1, "read two bytes on Amba region(hex)",
+     "arw [adr]\n"
+     "\t[adr]: the address of read on Amba region"},
+    {"arl", doAmba, kEveryPath, 1, "read four bytes on Amba region(hex)",
+     "arl [adr]\n"
+     "\t[adr]: the address of read on Amba region"},
+    {"arq", doAmba, kEveryPath, 1, "read eight bytes on Amba region(hex)",
+     "arq [adr]\n"
+     "\t[adr]: the address of read on Amba region"},
+    {"awb", doAmba, kEveryPath, 0, "write a byte on Amba region(hex)",
+     "awb [adr] [data]\n"
+     "\t[adr]: the address of write on Amba region\n"
+     "\t[data]: write a byte data on Amba region"},
+    {"aww", doAmba, kEveryPath, 0, "write two bytes on Amba region(hex)",
+     "aww [adr] [data]\n"
+     "\t[adr]: the address of write on Amba region\n"
+     "\t[data]: write two bytes data on Amba region"},
+    {"awl", doAmba, kEveryPath, 0, "write eight bytes on Amba region(hex)",
+     "awl [adr] [data]\n"
+     "\t[adr]: the address of write on Amba region\n"
+     "\t[data]: write four bytes data on Amba region"},
+    {"awq", doAmba, kEveryPath, 0, "write eight byte on Amba region(hex)",
+     "awq [adr] [data]\n"
+     "\t[adr]: the address of write on Amba region\n"
+     "\t[data]: write eight bytes data on Amba region"},
     {"quit/q", doQuit, kAlways, 1, "Quit from command line", " "},
     {"help/h/?", doHelp, kAlways, 1, "show all help information",
      "help/h/? - show all cmd help information\n"

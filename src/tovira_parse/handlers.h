@@ -19,5 +19,21 @@ int doLoad(char* cmdText, int repeat);
 int doReg(char* cmdText, int repeat);
 /// `rrbs` to `rwqs`: a run of items of the register region.
 int doMultReg(char* cmdText, int repeat);
+/// `vrb` to `vwq`: one item of video memory.
+int doVram(char* cmdText, int repeat);
+/// `vrbs` to `vwqs`: a run of items of video memory.
+int doMultVram(char* cmdText, int repeat);
+/// `krb` to `kwq`: one item at a kernel virtual address of the host.
+int doKmem(char* cmdText, int repeat);
+/// `krbs` to `kwqs`: a run of items at kernel virtual addresses.
+int doMultKmem(char* cmdText, int repeat);
+/// `arb` to `awq`: one item on the card's AMBA bus.
+int doAmba(char* cmdText, int repeat);
+/// `arbs` to `awqs`: a run of items on the AMBA bus.
+int doMultAmba(char* cmdText, int repeat);
+/// `crb`, `cwb` and `crbs`: byte registers of display controller 0.
+int doCrtcReg(char* cmdText, int repeat);
+/// `pci`: one 32-bit word of the card's PCI configuration space.
+int doPCI(char* cmdText, int repeat);
 
 #endif

@@ -1,0 +1,101 @@
+// Video memory: vrb to vwq and vrbs to vwqs. The runs of longs, vrls and vwls, are handed to the library as a whole.
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "tovira_parse/handlers.h"
+#include "tovira_parse/memory/memory_engine.h"
+#include "tovira_parse/numbers.h"
+#include "util_cmd.h"
+#include "vek.h"
+
+namespace
+{
+
+constexpr MemoryFamily kVideoMemory = {
+    .letter = 'V',
+    .widths = "BWLQ",
+    .bytes = {vekVramReadByte, vekVramWriteByte},
+    .words = {vekVramReadWord, vekVramWriteWord},
+    .longs = {vekVramReadLong, vekVramWriteLong},
+    .quads = {vekVramReadQuad, vekVramWriteQuad},
+    .itemPrefix = "",
+    .itemDigits = 8,
+    .runDigits = 8,
+    .anyRepeatFlagContinues = false,
+    // Single reads walk through a picture whatever is poked into it meanwhile.
+    .itemWriteMoves = false,
+    // A fill is most often looked at or continued behind its end.
+    .runWriteMoves = true,
+    // Memory may be read again: the dump comes first, and a file that cannot be created does not spoil it.
+    .runFile = RunFile::kWrittenAfter,
+};
+
+void showLongs(const Run& run)
+{
+    const std::unique_ptr<void, decltype(&free)> buffer(allocateRun(run, sizeof(std::uint32_t)), free);
+    if (buffer == nullptr) {
+        return;
+    }
+    vekMultiVramReadLong(static_cast<std::uint32_t*>(buffer.get()), run.start, run.count, nullptr);
+    dump_vram(buffer.get(), sizeof(std::uint32_t), run.start, run.count);
+    putchar('\n');
+}
+
+// Unlike every other run of reads it remembers where it began: a repeat shows the same block again, to watch it change.
+int readLongs(Tokens& arguments, int repeat, std::uint64_t& start)
+{
+    const Run run = takeRun(arguments, repeat, start);
+    const char* const fileName = arguments.argument();
+    if (fileName != nullptr) {
+        vekMultiVramReadLong(nullptr, run.start, run.count, fileName);
+    } else if (run.count < 1 || !fitsBuffer(run, sizeof(std::uint32_t))) {
+        putchar('\n');
+    } else {
+        showLongs(run);
+    }
+    start = run.start;
+    return kStatusDone;
+}
+
+int fillLongs(Tokens& arguments, std::uint64_t& start)
+{
+    const char* const typedAddress = arguments.argument();
+    const char* const typedCount = arguments.argument();
+    const char* const value = arguments.argument();
+    if (value == nullptr) {
+        return kStatusBadArgument;
+    }
+    const auto address = static_cast<std::uint64_t>(htoi(typedAddress));
+    const std::int32_t count = htoi32(typedCount);
+    if (string_is_number(value) == 1) {
+        vekMultVramWriteLong(static_cast<std::uint32_t>(htoi(value)), address, count, nullptr);
+    } else {
+        vekMultVramWriteLong(0, address, count, value);
+    }
+    start = address;
+    return kStatusDone;
+}
+
+}  // namespace
+
+int doVram(char* cmdText, int repeat)
+{
+    static std::uint64_t oldOffset = 0;
+    return runItemCommand(kVideoMemory, cmdText, repeat, oldOffset);
+}
+
+int doMultVram(char* cmdText, int repeat)
+{
+    static std::uint64_t oldOffset = 0;
+    MemoryCommand command = parseMemoryCommand(kVideoMemory, cmdText, UpperCasing::kWholeText);
+    if (command.operation == 0 || !command.isRun) {
+        return kStatusBadArgument;
+    }
+    if (command.itemSize != sizeof(std::uint32_t)) {
+        return accessRun(kVideoMemory, command, repeat, oldOffset);
+    }
+    return command.operation == 'R' ? readLongs(command.arguments, repeat, oldOffset)
+                                    : fillLongs(command.arguments, oldOffset);
+}
