@@ -1,0 +1,50 @@
+#ifndef VEK_ADDRESS_SPACE_H
+#define VEK_ADDRESS_SPACE_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vek
+{
+
+/// What a read delivers that nothing answers: a PCI Express root complex completes it with every bit set.
+constexpr std::uint64_t kAllOnes = ~std::uint64_t{0};
+
+/// Something that answers to addresses: a memory, a register file, a bus. Items are little-endian and may lie at any
+/// alignment unless the space says otherwise. Results are those of enum VekResult.
+class AddressSpace
+{
+public:
+    /// Reads `width` bytes (1, 2, 4 or 8) at `address` into `value`, zero-extended. Without an answer the result is
+    /// VEK_NO_RESPONSE and `value` all ones; any other failure leaves `value` as it was.
+    virtual int read(std::uint64_t address, unsigned width, std::uint64_t& value) = 0;
+
+    /// Writes the low `width` bytes (1, 2, 4 or 8) of `value` at `address`. A negative result has written nothing.
+    virtual int write(std::uint64_t address, unsigned width, std::uint64_t value) = 0;
+
+protected:
+    ~AddressSpace() = default;
+};
+
+/// An address space that also moves runs of 32-bit items at memory speed. An item that does not lie wholly inside is
+/// treated like a single access to it (it reads as all ones, it is not written), the others are served, and the result
+/// is VEK_NO_RESPONSE. No run wraps round to address 0.
+class BlockSpace : public AddressSpace
+{
+public:
+    /// Reads `count` longs from `address` upwards into `longs`.
+    virtual int readLongs(std::uint64_t address, std::uint32_t* longs, std::size_t count) = 0;
+
+    /// Writes `count` longs from `address` upwards.
+    virtual int writeLongs(std::uint64_t address, const std::uint32_t* longs, std::size_t count) = 0;
+
+    /// Writes `value` to `count` longs from `address` upwards.
+    virtual int fillLongs(std::uint64_t address, std::uint32_t value, std::size_t count) = 0;
+
+protected:
+    ~BlockSpace() = default;
+};
+
+}  // namespace vek
+
+#endif

@@ -1,0 +1,98 @@
+#include "api/connection.h"
+
+#include <strings.h>
+
+#include <array>
+#include <cstdio>
+
+#include "path/driver_path.h"
+#include "vek.h"
+
+namespace vek
+{
+
+constinit const AccessPath* openPath = nullptr;
+
+namespace
+{
+
+struct GpuType {
+    char name[8];
+    unsigned deviceId;
+};
+
+constexpr std::array<GpuType, 6> kGpuTypes{{
+    {"QZ201", VEK_DEVICE_QZ201},
+    {"QZ202", VEK_DEVICE_QZ202},
+    {"201", VEK_DEVICE_QZ201},
+    {"202", VEK_DEVICE_QZ202},
+    {"0x201", VEK_DEVICE_QZ201},
+    {"0x202", VEK_DEVICE_QZ202},
+}};
+
+/// The id set with doGetDeviceId(), 0 until then.
+constinit unsigned assumedDeviceId = 0;
+
+}  // namespace
+}  // namespace vek
+
+using vek::openPath;
+
+int vekRwOpen(int card)
+{
+    const vek::AccessPath* path = vek::driverPath(card);
+    if (path == nullptr) {
+        return VEK_NO_RESPONSE;
+    }
+    openPath = path;
+    return VEK_OK;
+}
+
+int vekMemOpen(uint64_t /*reg_start*/, uint64_t /*reg_size*/, uint64_t /*vram_start*/, uint64_t /*vram_size*/)
+{
+    return VEK_NOT_AVAILABLE;
+}
+
+int vekSerialOpen(const char* /*path*/, int /*baud_rate*/)
+{
+    return VEK_NOT_AVAILABLE;
+}
+
+int vekClose()
+{
+    openPath = nullptr;
+    return VEK_OK;
+}
+
+int get_s_type()
+{
+    return openPath == nullptr ? VEK_NO_PATH : static_cast<int>(openPath->mode);
+}
+
+unsigned int get_device_id()
+{
+    if (vek::assumedDeviceId != 0) {
+        return vek::assumedDeviceId;
+    }
+    return openPath == nullptr ? 0 : openPath->deviceId;
+}
+
+int doGetDeviceId(const char* program_name, const char* gpu_type)
+{
+    if (gpu_type != nullptr) {
+        for (const vek::GpuType& type : vek::kGpuTypes) {
+            if (strcasecmp(gpu_type, type.name) == 0) {
+                vek::assumedDeviceId = type.deviceId;
+                return VEK_OK;
+            }
+        }
+    }
+    std::fprintf(stderr, "%s: unknown gpu type, it may be QZ201, QZ202, 201, 202, 0x201 or 0x202\n",
+                 program_name == nullptr ? "vek" : program_name);
+    return VEK_BAD_ARGUMENT;
+}
+
+int vekGetCard()
+{
+    return openPath == nullptr ? VEK_NO_PATH : openPath->card;
+}

@@ -1,0 +1,47 @@
+#ifndef VEK_API_ITEMS_H
+#define VEK_API_ITEMS_H
+
+#include <cstdint>
+
+#include "api/connection.h"
+#include "vek.h"
+
+namespace vek
+{
+
+/// Reads one item from the open path's space `Space` (a member of AccessPath) into a caller's cell.
+template <auto Space, typename Item>
+int readItem(std::uint64_t address, Item* cell)
+{
+    if (openPath == nullptr) {
+        return VEK_NO_PATH;
+    }
+    AddressSpace* space = openPath->*Space;
+    if (space == nullptr) {
+        return VEK_NOT_AVAILABLE;
+    }
+    if (cell == nullptr) {
+        return VEK_BAD_ARGUMENT;
+    }
+    std::uint64_t value = 0;
+    const int result = space->read(address, sizeof(Item), value);
+    if (result == VEK_OK || result == VEK_NO_RESPONSE) {
+        *cell = static_cast<Item>(value);
+    }
+    return result;
+}
+
+/// Writes one item to the open path's space `Space`.
+template <auto Space, typename Item>
+int writeItem(std::uint64_t address, Item value)
+{
+    if (openPath == nullptr) {
+        return VEK_NO_PATH;
+    }
+    AddressSpace* space = openPath->*Space;
+    return space == nullptr ? VEK_NOT_AVAILABLE : space->write(address, sizeof(Item), value);
+}
+
+}  // namespace vek
+
+#endif

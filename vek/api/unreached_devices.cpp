@@ -1,0 +1,422 @@
+#include "api/connection.h"
+#include "vek.h"
+
+// The functions of the devices that no access path reaches yet.
+
+namespace vek
+{
+namespace
+{
+
+/// What a function answers whose device no path reaches.
+int unreached()
+{
+    return openPath == nullptr ? VEK_NO_PATH : VEK_NOT_AVAILABLE;
+}
+
+}  // namespace
+}  // namespace vek
+
+int vekSetCard(int /*card*/)
+{
+    return vek::unreached();
+}
+
+int vekQueryInt(int /*item*/, int* /*value*/, int /*card*/)
+{
+    return vek::unreached();
+}
+
+int vekQueryInfo(const char* /*keyword*/, char* /*report*/)
+{
+    return vek::unreached();
+}
+
+int vekDumpVramFree()
+{
+    return vek::unreached();
+}
+
+int vekI2cRead(int /*channel*/, uint32_t /*device*/, uint32_t /*sub_address*/, int /*count*/, uint8_t* /*data*/)
+{
+    return vek::unreached();
+}
+
+int vekI2cWrite(int /*channel*/, uint32_t /*device*/, uint32_t /*sub_address*/, int /*count*/, const uint8_t* /*data*/)
+{
+    return vek::unreached();
+}
+
+const char* vekI2cErrString(int /*error*/)
+{
+    return "the I2C bus cannot be reached";
+}
+
+int vekDDCRead(int /*channel*/, int* /*length*/, uint8_t** /*data*/, int* /*valid*/)
+{
+    return vek::unreached();
+}
+
+int edid_print_helper(const uint8_t* /*data*/, int /*length*/, int /*flag*/)
+{
+    return vek::unreached();
+}
+
+int do_edid_parse(const char* /*path*/)
+{
+    return vek::unreached();
+}
+
+int vekHdmiDDCInit(int /*channel*/)
+{
+    return vek::unreached();
+}
+
+int vekHdmiDDCRead(int /*channel*/, uint8_t /*slave*/, uint8_t /*sub_address*/, uint8_t* /*value*/)
+{
+    return vek::unreached();
+}
+
+int vekHdmiDDCWrite(int /*channel*/, uint8_t /*slave*/, uint8_t /*sub_address*/, uint8_t /*value*/)
+{
+    return vek::unreached();
+}
+
+int vekHdmiEDIDRead(int /*channel*/)
+{
+    return vek::unreached();
+}
+
+int vekHdmiHpdSense(int /*channel*/, uint8_t* /*status*/)
+{
+    return vek::unreached();
+}
+
+int vekHdmiModeRead(int /*channel*/, VekDisplayMode* /*mode*/)
+{
+    return vek::unreached();
+}
+
+int vekHdmiPhyStart(int /*channel*/)
+{
+    return vek::unreached();
+}
+
+int vekHdmiPhyEnd(int /*channel*/)
+{
+    return vek::unreached();
+}
+
+int vekHdmiPhyReset(int /*channel*/)
+{
+    return vek::unreached();
+}
+
+int vekHdmiPhyRead(int /*channel*/, uint32_t /*address*/, uint16_t* /*value*/)
+{
+    return vek::unreached();
+}
+
+int vekHdmiPhyWrite(int /*channel*/, uint32_t /*address*/, uint16_t /*value*/)
+{
+    return vek::unreached();
+}
+
+int vekDpInit(int /*channel*/)
+{
+    return vek::unreached();
+}
+
+int vekDpLinkTraining(int /*channel*/)
+{
+    return vek::unreached();
+}
+
+int vekDpCTLCfg(int /*channel*/)
+{
+    return vek::unreached();
+}
+
+int vekDpModeRead(int /*channel*/, VekDisplayMode* /*mode*/)
+{
+    return vek::unreached();
+}
+
+int vekDpAuxRead(int /*channel*/, uint32_t /*address*/, uint8_t* /*value*/)
+{
+    return vek::unreached();
+}
+
+int vekDpAuxReadBuf(int /*channel*/, uint32_t /*address*/, uint8_t* /*buffer*/, int /*count*/)
+{
+    return vek::unreached();
+}
+
+int vekDpAuxWrite(int /*channel*/, uint32_t /*address*/, uint8_t /*value*/)
+{
+    return vek::unreached();
+}
+
+int vekDpAuxEdidGet(int /*channel*/, uint8_t* /*buffer*/, int* /*length*/)
+{
+    return vek::unreached();
+}
+
+int vekDpI2cRead(int /*channel*/, uint32_t /*device*/, uint8_t /*sub_address*/, uint8_t* /*value*/)
+{
+    return vek::unreached();
+}
+
+int vekDpI2cReadBuf(int /*channel*/, uint32_t /*device*/, uint8_t /*sub_address*/, uint8_t* /*buffer*/, int /*count*/)
+{
+    return vek::unreached();
+}
+
+int vekDpCdbRead(int /*channel*/, uint32_t /*address*/, uint16_t* /*value*/)
+{
+    return vek::unreached();
+}
+
+int vekDpCdbWrite(int /*channel*/, uint32_t /*address*/, uint16_t /*value*/)
+{
+    return vek::unreached();
+}
+
+int vekDpPhyRead(int /*channel*/, uint32_t /*address*/, uint32_t* /*value*/)
+{
+    return vek::unreached();
+}
+
+int vekDpPhyWrite(int /*channel*/, uint32_t /*address*/, uint32_t /*value*/)
+{
+    return vek::unreached();
+}
+
+int vekEdpEnablePwm()
+{
+    return vek::unreached();
+}
+
+int vekEdpPwmSet(int /*frequency_hz*/)
+{
+    return vek::unreached();
+}
+
+int vekEdpLightSet(int /*percent*/)
+{
+    return vek::unreached();
+}
+
+int vekEdpSelfTestSet(int /*channel*/, uint8_t /*state*/)
+{
+    return vek::unreached();
+}
+
+int vekCrtcModeRead(int /*channel*/, VekDisplayMode* /*mode*/)
+{
+    return vek::unreached();
+}
+
+int vekCrtcOutputPrint()
+{
+    return vek::unreached();
+}
+
+int vekCrtcGammaSet(const char* /*setting*/)
+{
+    return vek::unreached();
+}
+
+int vekVgaSetGain(uint8_t /*red*/, uint8_t /*green*/, uint8_t /*blue*/)
+{
+    return vek::unreached();
+}
+
+int vekVgaSetSigleGain(int /*colour*/, uint8_t /*gain*/)
+{
+    return vek::unreached();
+}
+
+int vekZoomVideoInit(int /*id*/, int /*i2c_channel*/, int /*i2c_sa*/, int /*layer*/)
+{
+    return vek::unreached();
+}
+
+int vekZoomVideoStart(int /*id*/, int /*x*/, int /*y*/, int /*w*/, int /*h*/, int /*cut_left*/, int /*zoomw*/,
+                      int /*zoomh*/, int /*connector*/)
+{
+    return vek::unreached();
+}
+
+int vekZoomVideoStop(int /*id*/)
+{
+    return vek::unreached();
+}
+
+int vekZoomVideoRestart(int /*id*/)
+{
+    return vek::unreached();
+}
+
+int vekZoomVideoGetParm(int /*id*/, int32_t* /*x*/, int32_t* /*y*/, int32_t* /*w*/, int32_t* /*h*/,
+                        int32_t* /*cut_left*/, int32_t* /*zoomw*/, int32_t* /*zoomh*/, int32_t* /*connector*/,
+                        int32_t* /*camera_w*/, int32_t* /*camera_h*/)
+{
+    return vek::unreached();
+}
+
+int vekSpiReadBuffer(void* /*buffer*/, int /*address*/, int /*size*/)
+{
+    return vek::unreached();
+}
+
+int vekSpiErase(int /*address*/, int /*size*/)
+{
+    return vek::unreached();
+}
+
+int vekSpiProgram(const void* /*buffer*/, int /*address*/, int /*size*/)
+{
+    return vek::unreached();
+}
+
+int vekSpiProtect()
+{
+    return vek::unreached();
+}
+
+int vekSpiUnprotect()
+{
+    return vek::unreached();
+}
+
+int vekSensorTemp(int /*sensor*/, double* /*celsius*/)
+{
+    return vek::unreached();
+}
+
+int vekSensorVolt(int /*sensor*/, double* /*volts*/)
+{
+    return vek::unreached();
+}
+
+int vekSensorProcess(int /*kind*/, int /*sensor*/, int* /*reading*/)
+{
+    return vek::unreached();
+}
+
+int vekLTC2990GetCurrent2(int /*channel*/, int /*address_index*/, unsigned int /*rsense1*/, unsigned int /*rsense2*/,
+                          float* /*current1*/, float* /*current2*/, int /*repeated*/, int /*wait_ready*/)
+{
+    return vek::unreached();
+}
+
+int vekLTC2990GetVolt4(int /*channel*/, int /*address_index*/, float* /*v1*/, float* /*v2*/, float* /*v3*/,
+                       float* /*v4*/, int /*repeated*/, int /*wait_ready*/)
+{
+    return vek::unreached();
+}
+
+int vekLTC2991GetCurrent4(int /*channel*/, int /*address_index*/, unsigned int /*rsense1*/, unsigned int /*rsense2*/,
+                          unsigned int /*rsense3*/, unsigned int /*rsense4*/, float* /*current1*/, float* /*current2*/,
+                          float* /*current3*/, float* /*current4*/, int /*repeated*/, int /*wait_ready*/)
+{
+    return vek::unreached();
+}
+
+int vekLTC2991GetVolt8(int /*channel*/, int /*address_index*/, float* /*v1*/, float* /*v2*/, float* /*v3*/,
+                       float* /*v4*/, float* /*v5*/, float* /*v6*/, float* /*v7*/, float* /*v8*/, int /*repeated*/,
+                       int /*wait_ready*/)
+{
+    return vek::unreached();
+}
+
+int vekINA3221GetVolt2(int /*channel*/, float* /*millivolts1*/, float* /*millivolts2*/)
+{
+    return vek::unreached();
+}
+
+int vekINA3221GetCurrent2(int /*channel*/, unsigned int /*rsense1*/, unsigned int /*rsense2*/, float* /*current1*/,
+                          float* /*current2*/)
+{
+    return vek::unreached();
+}
+
+int vekPowerGetState(int* /*state*/)
+{
+    return vek::unreached();
+}
+
+int vekPowerSetState(int /*state*/)
+{
+    return vek::unreached();
+}
+
+const char* vekPowerStateName(int state)
+{
+    switch (state) {
+        case VEK_POWER_PERFORMANCE:
+            return "performance";
+        case VEK_POWER_SAVE:
+            return "power save";
+        case VEK_POWER_STANDBY:
+            return "standby";
+        default:
+            return "unknown";
+    }
+}
+
+int vekFanSetRate(int /*rate*/)
+{
+    return vek::unreached();
+}
+
+int vekThermalDebug(int /*temperature*/)
+{
+    return vek::unreached();
+}
+
+int tovira_func(char* /*text*/, int /*repeat*/)
+{
+    return vek::unreached();
+}
+
+int vek_qz200_get_freq(int /*domain*/)
+{
+    return vek::unreached();
+}
+
+int vek_qz200_pllcalc(int /*reference_khz*/, int /*mode*/, uint32_t /*wanted_khz*/, uint32_t* /*setting*/)
+{
+    return vek::unreached();
+}
+
+int vek_qz200_set_clk_freq(int /*domain*/, uint32_t /*setting*/)
+{
+    return vek::unreached();
+}
+
+int vek_qz200_set_clk_mode(int /*mode*/, int /*source*/)
+{
+    return vek::unreached();
+}
+
+int vekRvtcoreVer(int* /*major*/, int* /*minor*/, int* /*third*/, int* /*fourth*/)
+{
+    return vek::unreached();
+}
+
+int vekInfoRead(gpu_info* /*info*/)
+{
+    return vek::unreached();
+}
+
+int vekMonitorAxiTrans_QZ201()
+{
+    return vek::unreached();
+}
+
+void* vek_thread_qz202monitor(void* /*folder_name*/)
+{
+    return nullptr;
+}

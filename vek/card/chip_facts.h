@@ -1,0 +1,46 @@
+#ifndef VEK_CARD_CHIP_FACTS_H
+#define VEK_CARD_CHIP_FACTS_H
+
+#include <cstdint>
+
+namespace vek
+{
+
+constexpr std::uint64_t kKiB = 1024;
+constexpr std::uint64_t kMiB = 1024 * kKiB;
+constexpr std::uint64_t kGiB = 1024 * kMiB;
+
+/// What tells one chip of the family from another.
+struct ChipFacts {
+    std::uint16_t deviceId;         ///< PCI device id; its hexadecimal form is the chip number.
+    std::uint8_t revision;          ///< PCI revision id.
+    std::uint16_t subsystemId;      ///< PCI subsystem id of the board.
+    std::uint64_t videoMemorySize;  ///< Bytes.
+    std::uint8_t linkWidth;         ///< PCI Express lanes.
+    std::uint8_t linkSpeed;         ///< PCI Express speed code: 3 is 8 GT/s, 4 is 16 GT/s.
+};
+
+constexpr ChipFacts kQz201{
+    .deviceId = 0x0201,
+    .revision = 0x01,
+    .subsystemId = 0x2010,
+    .videoMemorySize = 4 * kGiB,
+    .linkWidth = 16,
+    .linkSpeed = 3,
+};
+
+constexpr ChipFacts kQz202{
+    .deviceId = 0x0202,
+    .revision = 0x00,
+    .subsystemId = 0x2020,
+    .videoMemorySize = 2 * kGiB,
+    .linkWidth = 8,
+    .linkSpeed = 3,
+};
+
+/// Size of the register region, the same on every chip of the family (PCI BAR 0 decodes all of it).
+constexpr std::uint64_t kRegisterRegionSize = 16 * kMiB;
+
+}  // namespace vek
+
+#endif

@@ -1,0 +1,102 @@
+#include "card/sparse_memory.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "card/host_pages.h"
+#include "card/items.h"
+#include "vek.h"
+
+namespace vek
+{
+
+bool SparseMemory::map()
+{
+    base_ = mapHostPages(size_);
+    return base_ != nullptr;
+}
+
+/// How many of `count` longs from `address` upwards lie wholly inside.
+std::size_t SparseMemory::longsInside(std::uint64_t address, std::size_t count) const
+{
+    if (!inside(address, sizeof(std::uint32_t))) {
+        return 0;
+    }
+    return std::min<std::uint64_t>(count, (size_ - address) / sizeof(std::uint32_t));
+}
+
+int SparseMemory::read(std::uint64_t address, unsigned width, std::uint64_t& value)
+{
+    if (!inside(address, width)) {
+        value = kAllOnes;
+        return VEK_NO_RESPONSE;
+    }
+    if (!mapped()) {
+        return VEK_NO_MEMORY;
+    }
+    value = loadItem(base_ + address, width);
+    return VEK_OK;
+}
+
+int SparseMemory::write(std::uint64_t address, unsigned width, std::uint64_t value)
+{
+    if (!inside(address, width)) {
+        return VEK_NO_RESPONSE;
+    }
+    if (!mapped()) {
+        return VEK_NO_MEMORY;
+    }
+    storeItem(base_ + address, width, value);
+    return VEK_OK;
+}
+
+int SparseMemory::readLongs(std::uint64_t address, std::uint32_t* longs, std::size_t count)
+{
+    if (!mapped()) {
+        return VEK_NO_MEMORY;
+    }
+    const std::size_t served = longsInside(address, count);
+    if (served > 0) {
+        std::memcpy(longs, base_ + address, served * sizeof *longs);
+    }
+    std::fill(longs + served, longs + count, static_cast<std::uint32_t>(kAllOnes));
+    return served == count ? VEK_OK : VEK_NO_RESPONSE;
+}
+
+int SparseMemory::writeLongs(std::uint64_t address, const std::uint32_t* longs, std::size_t count)
+{
+    if (!mapped()) {
+        return VEK_NO_MEMORY;
+    }
+    const std::size_t served = longsInside(address, count);
+    if (served > 0) {
+        std::memcpy(base_ + address, longs, served * sizeof *longs);
+    }
+    return served == count ? VEK_OK : VEK_NO_RESPONSE;
+}
+
+int SparseMemory::fillLongs(std::uint64_t address, std::uint32_t value, std::size_t count)
+{
+    if (!mapped()) {
+        return VEK_NO_MEMORY;
+    }
+    const std::size_t served = longsInside(address, count);
+    if (served == 0) {
+        return count == 0 ? VEK_OK : VEK_NO_RESPONSE;
+    }
+    // Copied from a block that stays in the first-level cache, since the target may lie at any alignment.
+    std::array<std::uint32_t, 2048> block;
+    block.fill(value);
+    unsigned char* to = base_ + address;
+    expectWholeWrite(to, served * sizeof value);
+    for (std::size_t left = served; left > 0;) {
+        const std::size_t step = std::min(left, block.size());
+        std::memcpy(to, block.data(), step * sizeof value);
+        to += step * sizeof value;
+        left -= step;
+    }
+    return served == count ? VEK_OK : VEK_NO_RESPONSE;
+}
+
+}  // namespace vek

@@ -1,0 +1,37 @@
+#ifndef VEK_CARD_SPARSE_MEMORY_H
+#define VEK_CARD_SPARSE_MEMORY_H
+
+#include <cstdint>
+
+#include "address_space.h"
+
+namespace vek
+{
+
+/// A memory of which only the pages that are written cost host memory. It reads 0 until written. Its host mapping is
+/// made at the first access and kept until the program ends, so a memory that nobody touches costs nothing at all.
+class SparseMemory final : public BlockSpace
+{
+public:
+    /// A memory of `size` bytes, at least 8.
+    constexpr explicit SparseMemory(std::uint64_t size) : size_(size) {}
+
+    int read(std::uint64_t address, unsigned width, std::uint64_t& value) override;
+    int write(std::uint64_t address, unsigned width, std::uint64_t value) override;
+    int readLongs(std::uint64_t address, std::uint32_t* longs, std::size_t count) override;
+    int writeLongs(std::uint64_t address, const std::uint32_t* longs, std::size_t count) override;
+    int fillLongs(std::uint64_t address, std::uint32_t value, std::size_t count) override;
+
+private:
+    bool map();
+    bool mapped() { return base_ != nullptr || map(); }
+    bool inside(std::uint64_t address, unsigned width) const { return address <= size_ - width; }
+    std::size_t longsInside(std::uint64_t address, std::size_t count) const;
+
+    std::uint64_t size_;
+    unsigned char* base_ = nullptr;
+};
+
+}  // namespace vek
+
+#endif

@@ -1,0 +1,43 @@
+#ifndef VEK_HOST_FILE_H
+#define VEK_HOST_FILE_H
+
+#include <cstddef>
+
+namespace vek
+{
+
+/// An open file of the host, closed at the end of its scope. No open can hang, whatever the name turns out to be.
+class HostFile
+{
+public:
+    /// Opens a regular file for reading; anything else (a directory, a FIFO, a device) is refused.
+    static HostFile openToRead(const char* name);
+
+    /// Creates a file, or empties the one that is there, for writing. A FIFO is opened only if it has a reader.
+    static HostFile openToWrite(const char* name);
+
+    ~HostFile();
+    HostFile(const HostFile&) = delete;
+    HostFile& operator=(const HostFile&) = delete;
+
+    bool isOpen() const { return descriptor_ >= 0; }
+
+    /// Reads up to `count` bytes, fewer only at the end of the file. Returns their number, or -1 on an error, with
+    /// errno set.
+    std::ptrdiff_t read(void* bytes, std::size_t count);
+
+    /// Writes `count` bytes; false when not all of them could be written.
+    bool write(const void* bytes, std::size_t count);
+
+    /// Closes the file; false when the host reports only now that something was not written.
+    bool close();
+
+private:
+    explicit HostFile(int descriptor) : descriptor_(descriptor) {}
+
+    int descriptor_;
+};
+
+}  // namespace vek
+
+#endif
