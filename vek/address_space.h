@@ -4,20 +4,31 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "vek.h"
+
 namespace vek
 {
 
 /// What a read delivers that nothing answers: a PCI Express root complex completes it with every bit set.
 constexpr std::uint64_t kAllOnes = ~std::uint64_t{0};
 
+/// What a read comes back with, small enough to travel in registers.
+struct ReadResult {
+    int result;  ///< Of enum VekResult.
+    std::uint64_t
+        value;  ///< The item, zero-extended; all ones with VEK_NO_RESPONSE; of no meaning with other failures.
+};
+
+/// The answer to a read that nothing answers.
+constexpr ReadResult kUnanswered{VEK_NO_RESPONSE, kAllOnes};
+
 /// Something that answers to addresses: a memory, a register file, a bus. Items are little-endian and may lie at any
 /// alignment unless the space says otherwise. Results are those of enum VekResult.
 class AddressSpace
 {
 public:
-    /// Reads `width` bytes (1, 2, 4 or 8) at `address` into `value`, zero-extended. Without an answer the result is
-    /// VEK_NO_RESPONSE and `value` all ones; any other failure leaves `value` as it was.
-    virtual int read(std::uint64_t address, unsigned width, std::uint64_t& value) = 0;
+    /// Reads `width` bytes (1, 2, 4 or 8) at `address`.
+    virtual ReadResult read(std::uint64_t address, unsigned width) = 0;
 
     /// Writes the low `width` bytes (1, 2, 4 or 8) of `value` at `address`. A negative result has written nothing.
     virtual int write(std::uint64_t address, unsigned width, std::uint64_t value) = 0;

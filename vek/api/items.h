@@ -23,8 +23,7 @@ int readItem(std::uint64_t address, Item* cell)
     if (cell == nullptr) {
         return VEK_BAD_ARGUMENT;
     }
-    std::uint64_t value = 0;
-    const int result = space->read(address, sizeof(Item), value);
+    const auto [result, value] = space->read(address, sizeof(Item));
     if (result == VEK_OK || result == VEK_NO_RESPONSE) {
         *cell = static_cast<Item>(value);
     }

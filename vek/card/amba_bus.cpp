@@ -15,14 +15,10 @@ const AmbaWindow* AmbaBus::windowOf(std::uint64_t address, unsigned width) const
     return nullptr;
 }
 
-int AmbaBus::read(std::uint64_t address, unsigned width, std::uint64_t& value)
+ReadResult AmbaBus::read(std::uint64_t address, unsigned width)
 {
     const AmbaWindow* window = windowOf(address, width);
-    if (window == nullptr) {
-        value = kAllOnes;
-        return VEK_NO_RESPONSE;
-    }
-    return window->target->read(address - window->base, width, value);
+    return window == nullptr ? kUnanswered : window->target->read(address - window->base, width);
 }
 
 int AmbaBus::write(std::uint64_t address, unsigned width, std::uint64_t value)

@@ -25,7 +25,7 @@ public:
 
     constexpr explicit AmbaBus(const std::array<AmbaWindow, kWindows>& windows) : windows_(windows) {}
 
-    int read(std::uint64_t address, unsigned width, std::uint64_t& value) override;
+    ReadResult read(std::uint64_t address, unsigned width) override;
     int write(std::uint64_t address, unsigned width, std::uint64_t value) override;
 
 private:

@@ -83,20 +83,18 @@ unsigned char* KernelMemory::pageToWrite(std::uint64_t pageNumber)
     return pages_ + slot * kPageSize;
 }
 
-int KernelMemory::read(std::uint64_t address, unsigned width, std::uint64_t& value)
+ReadResult KernelMemory::read(std::uint64_t address, unsigned width)
 {
     if (!answers(address, width)) {
-        value = kAllOnes;
-        return VEK_NO_RESPONSE;
+        return kUnanswered;
     }
     const std::size_t onFirst = bytesOnFirstPage(address, width);
-    std::array<unsigned char, sizeof value> bytes{};
+    std::array<unsigned char, sizeof(std::uint64_t)> bytes{};
     copyFromPage(address, bytes.data(), onFirst);
     if (onFirst < width) {
         copyFromPage(address + onFirst, bytes.data() + onFirst, width - onFirst);
     }
-    value = loadItem(bytes.data(), width);
-    return VEK_OK;
+    return {VEK_OK, loadItem(bytes.data(), width)};
 }
 
 int KernelMemory::write(std::uint64_t address, unsigned width, std::uint64_t value)

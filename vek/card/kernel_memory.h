@@ -17,7 +17,7 @@ class KernelMemory final : public AddressSpace
 public:
     constexpr KernelMemory() = default;
 
-    int read(std::uint64_t address, unsigned width, std::uint64_t& value) override;
+    ReadResult read(std::uint64_t address, unsigned width) override;
     int write(std::uint64_t address, unsigned width, std::uint64_t value) override;
 
 private:

@@ -38,14 +38,13 @@ PciRegister* PciConfiguration::find(std::uint64_t offset)
     return found != registers_.end() && found->offset == offset ? found : nullptr;
 }
 
-int PciConfiguration::read(std::uint64_t offset, unsigned width, std::uint64_t& value)
+ReadResult PciConfiguration::read(std::uint64_t offset, unsigned width)
 {
     if (!addressable(offset, width)) {
-        return VEK_BAD_ARGUMENT;
+        return {VEK_BAD_ARGUMENT, 0};
     }
     const PciRegister* target = find(offset);
-    value = target == nullptr ? 0 : target->value;
-    return VEK_OK;
+    return {VEK_OK, target == nullptr ? 0 : target->value};
 }
 
 int PciConfiguration::write(std::uint64_t offset, unsigned width, std::uint64_t value)

@@ -104,7 +104,7 @@ class PciConfiguration final : public AddressSpace
 public:
     constexpr explicit PciConfiguration(const ChipFacts& chip) : registers_(pciRegistersOf(chip)) {}
 
-    int read(std::uint64_t offset, unsigned width, std::uint64_t& value) override;
+    ReadResult read(std::uint64_t offset, unsigned width) override;
     int write(std::uint64_t offset, unsigned width, std::uint64_t value) override;
 
 private:

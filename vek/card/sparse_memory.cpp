@@ -26,17 +26,15 @@ std::size_t SparseMemory::longsInside(std::uint64_t address, std::size_t count) 
     return std::min<std::uint64_t>(count, (size_ - address) / sizeof(std::uint32_t));
 }
 
-int SparseMemory::read(std::uint64_t address, unsigned width, std::uint64_t& value)
+ReadResult SparseMemory::read(std::uint64_t address, unsigned width)
 {
     if (!inside(address, width)) {
-        value = kAllOnes;
-        return VEK_NO_RESPONSE;
+        return kUnanswered;
     }
-    if (!mapped()) {
-        return VEK_NO_MEMORY;
+    if (base_ == nullptr) [[unlikely]] {
+        return readFirst(address, width);
     }
-    value = loadItem(base_ + address, width);
-    return VEK_OK;
+    return {VEK_OK, loadItem(base_ + address, width)};
 }
 
 int SparseMemory::write(std::uint64_t address, unsigned width, std::uint64_t value)
@@ -44,11 +42,21 @@ int SparseMemory::write(std::uint64_t address, unsigned width, std::uint64_t val
     if (!inside(address, width)) {
         return VEK_NO_RESPONSE;
     }
-    if (!mapped()) {
-        return VEK_NO_MEMORY;
+    if (base_ == nullptr) [[unlikely]] {
+        return writeFirst(address, width, value);
     }
     storeItem(base_ + address, width, value);
     return VEK_OK;
+}
+
+ReadResult SparseMemory::readFirst(std::uint64_t address, unsigned width)
+{
+    return map() ? read(address, width) : ReadResult{VEK_NO_MEMORY, 0};
+}
+
+int SparseMemory::writeFirst(std::uint64_t address, unsigned width, std::uint64_t value)
+{
+    return map() ? write(address, width, value) : VEK_NO_MEMORY;
 }
 
 int SparseMemory::readLongs(std::uint64_t address, std::uint32_t* longs, std::size_t count)
@@ -85,9 +93,9 @@ int SparseMemory::fillLongs(std::uint64_t address, std::uint32_t value, std::siz
     if (served == 0) {
         return count == 0 ? VEK_OK : VEK_NO_RESPONSE;
     }
-    // Copied from a block that stays in the first-level cache, since the target may lie at any alignment.
-    std::array<std::uint32_t, 2048> block;
-    block.fill(value);
+    // Copied from a block that stays in the cache: unlike single stores that is as fast at any alignment.
+    std::array<std::uint32_t, 16384> block;
+    std::fill_n(block.begin(), std::min(served, block.size()), value);
     unsigned char* to = base_ + address;
     expectWholeWrite(to, served * sizeof value);
     for (std::size_t left = served; left > 0;) {

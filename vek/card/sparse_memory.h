@@ -16,7 +16,7 @@ public:
     /// A memory of `size` bytes, at least 8.
     constexpr explicit SparseMemory(std::uint64_t size) : size_(size) {}
 
-    int read(std::uint64_t address, unsigned width, std::uint64_t& value) override;
+    ReadResult read(std::uint64_t address, unsigned width) override;
     int write(std::uint64_t address, unsigned width, std::uint64_t value) override;
     int readLongs(std::uint64_t address, std::uint32_t* longs, std::size_t count) override;
     int writeLongs(std::uint64_t address, const std::uint32_t* longs, std::size_t count) override;
@@ -25,6 +25,9 @@ public:
 private:
     bool map();
     bool mapped() { return base_ != nullptr || map(); }
+    // The accesses that make the mapping stay out of the way of all later ones.
+    [[gnu::cold, gnu::noinline]] ReadResult readFirst(std::uint64_t address, unsigned width);
+    [[gnu::cold, gnu::noinline]] int writeFirst(std::uint64_t address, unsigned width, std::uint64_t value);
     bool inside(std::uint64_t address, unsigned width) const { return address <= size_ - width; }
     std::size_t longsInside(std::uint64_t address, std::size_t count) const;
 

@@ -167,18 +167,15 @@ ScriptResult failCheck(const ScriptPlace& place, const ScriptStep& step, std::ui
 }
 
 /// Reads the step's item, whose bits beyond its width come out 0 even without an answer.
-int readItemOf(const ScriptStep& step, AddressSpace& registers, std::uint64_t& value)
+ReadResult readItemOf(const ScriptStep& step, AddressSpace& registers)
 {
-    value = 0;
-    const int result = registers.read(step.address, step.width, value);
-    value &= kAllOnes >> (8 * (sizeof value - step.width));
-    return result;
+    const auto [result, value] = registers.read(step.address, step.width);
+    return {result, value & (kAllOnes >> (8 * (sizeof value - step.width)))};
 }
 
 ScriptResult runRead(const ScriptPlace& place, const ScriptStep& step, AddressSpace& registers)
 {
-    std::uint64_t value = 0;
-    const int result = readItemOf(step, registers, value);
+    const auto [result, value] = readItemOf(step, registers);
     if (result != VEK_OK) {
         return failRead(place, step, value, result);
     }
@@ -199,8 +196,7 @@ ScriptResult runCheck(const ScriptPlace& place, const ScriptStep& step, AddressS
     for (;;) {
         // Taken before the read, so that the last read comes after the whole time.
         const bool last = monotonicMilliseconds() - start >= step.milliseconds;
-        std::uint64_t value = 0;
-        const int result = readItemOf(step, registers, value);
+        const auto [result, value] = readItemOf(step, registers);
         if (result != VEK_OK) {
             return failRead(place, step, value, result);
         }
