@@ -20,11 +20,11 @@ if(TOVIRA_COVERAGE)
     target_link_options(tovira_settings INTERFACE --coverage)
 endif()
 
-# What the product itself is built with, the tests aside: procedures over static tables need neither exceptions nor
-# run-time type information, and without them no dynamic C++ runtime stands on the start-up path.
+# What the product itself is built with, the tests aside: procedures over static tables need neither exceptions, run-time
+# type information nor guarded statics, and without them no C++ runtime stands on the start-up path.
 add_library(tovira_product_settings INTERFACE)
 target_link_libraries(tovira_product_settings INTERFACE tovira_settings)
-target_compile_options(tovira_product_settings INTERFACE -fno-exceptions -fno-rtti)
+target_compile_options(tovira_product_settings INTERFACE -fno-exceptions -fno-rtti -fno-threadsafe-statics)
 if(NOT TOVIRA_SANITIZE AND NOT TOVIRA_COVERAGE)
     target_compile_options(tovira_product_settings INTERFACE -fstack-protector-strong)
     target_link_options(tovira_product_settings INTERFACE

@@ -313,7 +313,12 @@ constexpr const char* kHiddenNames[] = {"query", "spi", "vlot", "clk"};
 constexpr std::size_t kLongestName = 15;
 
 // A name padded with NULs, so that two names compare as two numbers.
-using NameKey = std::array<std::uint64_t, 2>;
+struct NameKey {
+    std::uint64_t first;
+    std::uint64_t second;
+
+    constexpr bool operator==(const NameKey&) const = default;
+};
 
 struct NamedRow {
     NameKey name;

@@ -18,7 +18,7 @@
 namespace
 {
 
-constexpr const char* kPieceDelimiters = ";\r\n";
+constexpr DelimiterSet kPieceDelimiters(";\r\n");
 constexpr int kDeepestLoad = 16;
 
 int loadDepth = 0;
@@ -68,7 +68,8 @@ void runPieces(char* text)
     memset(CmdLines, 0, kCmdLineSize);
     for (; piece != nullptr; piece = pieces.next(kPieceDelimiters)) {
         strncpy(CmdLines, piece, length);
-        printf("%s:\n", piece);
+        fputs(piece, stdout);
+        fputs(":\n", stdout);
         parseAndRunCmd();
         memset(CmdLines, 0, length);
     }

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
+
+#include "tovira_parse/hex_digits.h"
 
 namespace
 {
@@ -15,41 +18,22 @@ constexpr int kFieldWidth = kFirstByteColumn + kCharactersPerByte * kBytesPerLin
 constexpr int kLabelDigits = 8;
 constexpr int kLongestLabel = 18;
 
-constexpr char kDigits[] = "0123456789abcdef";
-
-struct ByteText {
-    char hex[2];
-    char character;
-};
-
-// Both texts of every byte, so that a dump costs neither printf nor isprint for each of its bytes.
-constexpr auto kByteTexts = [] {
-    std::array<ByteText, 256> texts{};
-    for (unsigned value = 0; value < texts.size(); ++value) {
-        const bool printable = value >= 0x20 && value <= 0x7e;
-        texts[value] = {{kDigits[value >> 4U], kDigits[value & 0xfU]}, printable ? static_cast<char>(value) : '.'};
-    }
-    return texts;
-}();
-
-char* putByteHex(char* out, unsigned value)
-{
-    return static_cast<char*>(memcpy(out, kByteTexts[value & 0xffU].hex, 2)) + 2;
-}
-
 void printLine(std::uint64_t address, const std::uint8_t* bytes, int count)
 {
     std::array<char, kFieldWidth + 1 + kBytesPerLine + 1> line;
-    char* column = line.data();
-    char* const labelDigitsEnd = putHex(column, address, kLabelDigits);
+    char* const labelDigitsEnd = putHex(line.data(), address, kLabelDigits);
     labelDigitsEnd[0] = ':';
     labelDigitsEnd[1] = ' ';
     const auto labelLength = static_cast<int>(labelDigitsEnd + 2 - line.data());
 
-    column += kFirstByteColumn;
+    std::array<char, kBytesPerLine> characters;
+    char* column = line.data() + kFirstByteColumn;
     for (int i = 0; i < count; ++i) {
-        column = putByteHex(column, bytes[i]);
-        *column++ = ' ';
+        const ByteText& text = kByteTexts[bytes[i]];
+        // All four characters at once; the last of them gives way to what follows.
+        memcpy(column, &text, sizeof text);
+        column += kCharactersPerByte;
+        characters[static_cast<std::size_t>(i)] = text.character;
     }
     // A label that reaches beyond the bytes keeps its tail but for the one column behind them, and ends the field.
     const int bytesEnd = kFirstByteColumn + kCharactersPerByte * count;
@@ -61,9 +45,7 @@ void printLine(std::uint64_t address, const std::uint8_t* bytes, int count)
     }
 
     *column++ = '\t';
-    for (int i = 0; i < count; ++i) {
-        *column++ = kByteTexts[bytes[i]].character;
-    }
+    column = std::copy_n(characters.begin(), count, column);
     *column++ = '\n';
     fwrite(line.data(), 1, static_cast<std::size_t>(column - line.data()), stdout);
 }
@@ -71,24 +53,6 @@ void printLine(std::uint64_t address, const std::uint8_t* bytes, int count)
 static_assert(kLongestLabel <= kFieldWidth);
 
 }  // namespace
-
-char* putFixedHex(char* out, std::uint64_t value, int bytes)
-{
-    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8) {
-        out = putByteHex(out, static_cast<unsigned>(value >> static_cast<unsigned>(shift)));
-    }
-    return out;
-}
-
-char* putHex(char* out, std::uint64_t value, int digits)
-{
-    std::array<char, 16> all;
-    putFixedHex(all.data(), value, 8);
-    const int significant = value == 0 ? 1 : 16 - __builtin_clzll(value) / 4;
-    const int shown = std::max(significant, digits);
-    memcpy(out, all.data() + 16 - shown, static_cast<std::size_t>(shown));
-    return out + shown;
-}
 
 void printByte(std::uint64_t address, const std::uint8_t* bytes, int count)
 {

@@ -1,7 +1,5 @@
 #include "tovira_parse/text.h"
 
-#include <cstring>
-
 namespace
 {
 
@@ -26,14 +24,18 @@ void lowerCase(char* text)
     shiftLetters(text, 'A', 'Z', 'a');
 }
 
-char* Tokens::next(const char* delimiters)
+char* Tokens::next(const DelimiterSet& delimiters)
 {
-    char* const token = rest + strspn(rest, delimiters);
-    if (*token == '\0') {
-        rest = token;
+    while (*rest != '\0' && delimiters.contains(*rest)) {
+        ++rest;
+    }
+    if (*rest == '\0') {
         return nullptr;
     }
-    rest = token + strcspn(token, delimiters);
+    char* const token = rest;
+    while (*rest != '\0' && !delimiters.contains(*rest)) {
+        ++rest;
+    }
     if (*rest != '\0') {
         *rest++ = '\0';
     }

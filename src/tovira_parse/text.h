@@ -2,10 +2,26 @@
 #ifndef TOVIRA_PARSE_TEXT_H
 #define TOVIRA_PARSE_TEXT_H
 
+#include <array>
+#include <string_view>
+
+/// A set of characters between tokens.
+struct DelimiterSet {
+    std::array<bool, 256> members{};
+
+    constexpr explicit DelimiterSet(std::string_view characters)
+    {
+        for (const char character : characters) {
+            members[static_cast<unsigned char>(character)] = true;
+        }
+    }
+    constexpr bool contains(char character) const { return members[static_cast<unsigned char>(character)]; }
+};
+
 /// Delimiters around a command word.
-inline constexpr const char* kWordDelimiters = " ,\t\r\n";
+inline constexpr DelimiterSet kWordDelimiters(" ,\t\r\n");
 /// Delimiters between the arguments that follow it.
-inline constexpr const char* kArgumentDelimiters = " ,\t";
+inline constexpr DelimiterSet kArgumentDelimiters(" ,\t");
 
 /// Turns the letters `a` to `z` of the text into upper case, in place and whatever the locale.
 void upperCase(char* text);
@@ -22,7 +38,7 @@ struct Tokens {
     /// The next argument, or null when there is none.
     char* argument() { return next(kArgumentDelimiters); }
     /// The next run of characters that are not among the delimiters, or null when there is none.
-    char* next(const char* delimiters);
+    char* next(const DelimiterSet& delimiters);
 };
 
 #endif

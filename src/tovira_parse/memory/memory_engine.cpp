@@ -10,6 +10,7 @@
 #include <type_traits>
 
 #include "tovira_parse/files.h"
+#include "tovira_parse/hex_digits.h"
 #include "tovira_parse/hex_dump.h"
 #include "tovira_parse/numbers.h"
 #include "util_cmd.h"
