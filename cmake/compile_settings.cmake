@@ -28,5 +28,7 @@ target_compile_options(tovira_product_settings INTERFACE -fno-exceptions -fno-rt
 if(NOT TOVIRA_SANITIZE AND NOT TOVIRA_COVERAGE)
     target_compile_options(tovira_product_settings INTERFACE -fstack-protector-strong)
     target_link_options(tovira_product_settings INTERFACE
-        -static-libstdc++ -static-libgcc -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
+        -static-libstdc++ -static-libgcc -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,--as-needed
+        # Fewer mappings and page faults at every start, which counts most for a run of one command.
+        -Wl,-z,noseparate-code)
 endif()

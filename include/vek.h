@@ -131,7 +131,7 @@ extern "C" {
 /* ---- Connection ---------------------------------------------------------------------------------------------- */
 
 /** Opens the driver device of a card, 0 to 3, and closes what was open. @return not negative, or VEK_NO_RESPONSE when
-    that card does not exist; the connection is closed then. */
+    that card does not exist; what was open stays open then. */
 int vekRwOpen(int card);
 
 /** Maps the register region and the video memory through /dev/mem and closes what was open. Addresses are physical,
@@ -178,32 +178,77 @@ int vekQueryInfo(const char* keyword, char* report);
 
 /* ---- Register region ----------------------------------------------------------------------------------------- */
 
-/** Read an item at a byte offset in the register region (over a serial line: at an AMBA address) with one access of
-    exactly its width. An offset that is not a multiple of the width answers VEK_BAD_ARGUMENT. */
-int vekRegReadByte(uint64_t address, uint8_t* value);
-int vekRegReadWord(uint64_t address, uint16_t* value); /**< @see vekRegReadByte() */
-int vekRegReadLong(uint64_t address, uint32_t* value); /**< @see vekRegReadByte() */
-int vekRegReadQuad(uint64_t address, uint64_t* value); /**< @see vekRegReadByte() */
+/* The card's memory-mapped registers, 16 MiB; over a serial line the addresses are those of the AMBA bus.
+   Items may lie at any alignment and are little-endian. An item that is not wholly inside answers VEK_NO_RESPONSE. */
 
-/** Write an item; the address as in vekRegReadByte(). */
+/** Reads the byte at a byte offset in the register region, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value receives 8 bits; all ones when nothing answers */
+int vekRegReadByte(uint64_t address, uint8_t* value);
+
+/** Reads the word at a byte offset in the register region, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value receives 16 bits; all ones when nothing answers */
+int vekRegReadWord(uint64_t address, uint16_t* value);
+
+/** Reads the long at a byte offset in the register region, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value receives 32 bits; all ones when nothing answers */
+int vekRegReadLong(uint64_t address, uint32_t* value);
+
+/** Reads the quad at a byte offset in the register region, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value receives 64 bits; all ones when nothing answers */
+int vekRegReadQuad(uint64_t address, uint64_t* value);
+
+/** Writes the byte at a byte offset in the register region, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value 8 bits @return VEK_NO_RESPONSE when nothing takes it */
 int vekRegWriteByte(uint64_t address, uint8_t value);
-int vekRegWriteWord(uint64_t address, uint16_t value); /**< @see vekRegWriteByte() */
-int vekRegWriteLong(uint64_t address, uint32_t value); /**< @see vekRegWriteByte() */
-int vekRegWriteQuad(uint64_t address, uint64_t value); /**< @see vekRegWriteByte() */
+
+/** Writes the word at a byte offset in the register region, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value 16 bits @return VEK_NO_RESPONSE when nothing takes it */
+int vekRegWriteWord(uint64_t address, uint16_t value);
+
+/** Writes the long at a byte offset in the register region, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value 32 bits @return VEK_NO_RESPONSE when nothing takes it */
+int vekRegWriteLong(uint64_t address, uint32_t value);
+
+/** Writes the quad at a byte offset in the register region, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value 64 bits @return VEK_NO_RESPONSE when nothing takes it */
+int vekRegWriteQuad(uint64_t address, uint64_t value);
 
 /* ---- Video memory -------------------------------------------------------------------------------------------- */
 
-/** Read an item at a byte address in the card's video memory; any alignment. */
-int vekVramReadByte(uint64_t address, uint8_t* value);
-int vekVramReadWord(uint64_t address, uint16_t* value); /**< @see vekVramReadByte() */
-int vekVramReadLong(uint64_t address, uint32_t* value); /**< @see vekVramReadByte() */
-int vekVramReadQuad(uint64_t address, uint64_t* value); /**< @see vekVramReadByte() */
+/* The card's own memory, from address 0 to its size.
+   Items may lie at any alignment and are little-endian. An item that is not wholly inside answers VEK_NO_RESPONSE. */
 
-/** Write an item at a byte address in the card's video memory; any alignment. */
+/** Reads the byte at a byte address in video memory.
+    @param address of its lowest byte @param value receives 8 bits; all ones when nothing answers */
+int vekVramReadByte(uint64_t address, uint8_t* value);
+
+/** Reads the word at a byte address in video memory.
+    @param address of its lowest byte @param value receives 16 bits; all ones when nothing answers */
+int vekVramReadWord(uint64_t address, uint16_t* value);
+
+/** Reads the long at a byte address in video memory.
+    @param address of its lowest byte @param value receives 32 bits; all ones when nothing answers */
+int vekVramReadLong(uint64_t address, uint32_t* value);
+
+/** Reads the quad at a byte address in video memory.
+    @param address of its lowest byte @param value receives 64 bits; all ones when nothing answers */
+int vekVramReadQuad(uint64_t address, uint64_t* value);
+
+/** Writes the byte at a byte address in video memory.
+    @param address of its lowest byte @param value 8 bits @return VEK_NO_RESPONSE when nothing takes it */
 int vekVramWriteByte(uint64_t address, uint8_t value);
-int vekVramWriteWord(uint64_t address, uint16_t value); /**< @see vekVramWriteByte() */
-int vekVramWriteLong(uint64_t address, uint32_t value); /**< @see vekVramWriteByte() */
-int vekVramWriteQuad(uint64_t address, uint64_t value); /**< @see vekVramWriteByte() */
+
+/** Writes the word at a byte address in video memory.
+    @param address of its lowest byte @param value 16 bits @return VEK_NO_RESPONSE when nothing takes it */
+int vekVramWriteWord(uint64_t address, uint16_t value);
+
+/** Writes the long at a byte address in video memory.
+    @param address of its lowest byte @param value 32 bits @return VEK_NO_RESPONSE when nothing takes it */
+int vekVramWriteLong(uint64_t address, uint32_t value);
+
+/** Writes the quad at a byte address in video memory.
+    @param address of its lowest byte @param value 64 bits @return VEK_NO_RESPONSE when nothing takes it */
+int vekVramWriteQuad(uint64_t address, uint64_t value);
 
 /** Reads a run of longs of video memory into a buffer or into a file: exactly one of the two is given.
     @param buffer room for count longs, or null
@@ -229,32 +274,77 @@ int vekDumpVramFree(void);
 
 /* ---- Kernel virtual memory ----------------------------------------------------------------------------------- */
 
-/** Read an item at a kernel virtual address of the host, through the driver; any alignment. */
-int vekKmemReadByte(uint64_t address, uint8_t* value);
-int vekKmemReadWord(uint64_t address, uint16_t* value); /**< @see vekKmemReadByte() */
-int vekKmemReadLong(uint64_t address, uint32_t* value); /**< @see vekKmemReadByte() */
-int vekKmemReadQuad(uint64_t address, uint64_t* value); /**< @see vekKmemReadByte() */
+/* The host's memory as its kernel sees it, reached through the driver.
+   Items may lie at any alignment and are little-endian. An item that is not wholly inside answers VEK_NO_RESPONSE. */
 
-/** Write an item at a kernel virtual address of the host, through the driver; any alignment. */
+/** Reads the byte at a kernel virtual address.
+    @param address of its lowest byte @param value receives 8 bits; all ones when nothing answers */
+int vekKmemReadByte(uint64_t address, uint8_t* value);
+
+/** Reads the word at a kernel virtual address.
+    @param address of its lowest byte @param value receives 16 bits; all ones when nothing answers */
+int vekKmemReadWord(uint64_t address, uint16_t* value);
+
+/** Reads the long at a kernel virtual address.
+    @param address of its lowest byte @param value receives 32 bits; all ones when nothing answers */
+int vekKmemReadLong(uint64_t address, uint32_t* value);
+
+/** Reads the quad at a kernel virtual address.
+    @param address of its lowest byte @param value receives 64 bits; all ones when nothing answers */
+int vekKmemReadQuad(uint64_t address, uint64_t* value);
+
+/** Writes the byte at a kernel virtual address.
+    @param address of its lowest byte @param value 8 bits @return VEK_NO_RESPONSE when nothing takes it */
 int vekKmemWriteByte(uint64_t address, uint8_t value);
-int vekKmemWriteWord(uint64_t address, uint16_t value); /**< @see vekKmemWriteByte() */
-int vekKmemWriteLong(uint64_t address, uint32_t value); /**< @see vekKmemWriteByte() */
-int vekKmemWriteQuad(uint64_t address, uint64_t value); /**< @see vekKmemWriteByte() */
+
+/** Writes the word at a kernel virtual address.
+    @param address of its lowest byte @param value 16 bits @return VEK_NO_RESPONSE when nothing takes it */
+int vekKmemWriteWord(uint64_t address, uint16_t value);
+
+/** Writes the long at a kernel virtual address.
+    @param address of its lowest byte @param value 32 bits @return VEK_NO_RESPONSE when nothing takes it */
+int vekKmemWriteLong(uint64_t address, uint32_t value);
+
+/** Writes the quad at a kernel virtual address.
+    @param address of its lowest byte @param value 64 bits @return VEK_NO_RESPONSE when nothing takes it */
+int vekKmemWriteQuad(uint64_t address, uint64_t value);
 
 /* ---- AMBA bus ------------------------------------------------------------------------------------------------ */
 
-/** Read an item at an address of the board's internal AMBA bus with one access of exactly its width. An address that is
-    not a multiple of the width answers VEK_BAD_ARGUMENT. */
-int vekAmbaReadByte(uint64_t address, uint8_t* value);
-int vekAmbaReadWord(uint64_t address, uint16_t* value); /**< @see vekAmbaReadByte() */
-int vekAmbaReadLong(uint64_t address, uint32_t* value); /**< @see vekAmbaReadByte() */
-int vekAmbaReadQuad(uint64_t address, uint64_t* value); /**< @see vekAmbaReadByte() */
+/* The card's internal AMBA bus: registers at 0x1000000, windows onto the card's memories elsewhere.
+   Items may lie at any alignment and are little-endian. An item that is not wholly inside answers VEK_NO_RESPONSE. */
 
-/** Write an item; the address as in vekAmbaReadByte(). */
+/** Reads the byte at a bus address, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value receives 8 bits; all ones when nothing answers */
+int vekAmbaReadByte(uint64_t address, uint8_t* value);
+
+/** Reads the word at a bus address, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value receives 16 bits; all ones when nothing answers */
+int vekAmbaReadWord(uint64_t address, uint16_t* value);
+
+/** Reads the long at a bus address, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value receives 32 bits; all ones when nothing answers */
+int vekAmbaReadLong(uint64_t address, uint32_t* value);
+
+/** Reads the quad at a bus address, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value receives 64 bits; all ones when nothing answers */
+int vekAmbaReadQuad(uint64_t address, uint64_t* value);
+
+/** Writes the byte at a bus address, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value 8 bits @return VEK_NO_RESPONSE when nothing takes it */
 int vekAmbaWriteByte(uint64_t address, uint8_t value);
-int vekAmbaWriteWord(uint64_t address, uint16_t value); /**< @see vekAmbaWriteByte() */
-int vekAmbaWriteLong(uint64_t address, uint32_t value); /**< @see vekAmbaWriteByte() */
-int vekAmbaWriteQuad(uint64_t address, uint64_t value); /**< @see vekAmbaWriteByte() */
+
+/** Writes the word at a bus address, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value 16 bits @return VEK_NO_RESPONSE when nothing takes it */
+int vekAmbaWriteWord(uint64_t address, uint16_t value);
+
+/** Writes the long at a bus address, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value 32 bits @return VEK_NO_RESPONSE when nothing takes it */
+int vekAmbaWriteLong(uint64_t address, uint32_t value);
+
+/** Writes the quad at a bus address, in one access of exactly that width where it is aligned.
+    @param address of its lowest byte @param value 64 bits @return VEK_NO_RESPONSE when nothing takes it */
+int vekAmbaWriteQuad(uint64_t address, uint64_t value);
 
 /* ---- CRTC registers and PCI configuration space -------------------------------------------------------------- */
 
@@ -476,7 +566,7 @@ int vekSensorProcess(int kind, int sensor, int* reading);
     @param channel I2C channel
     @param address_index strapped address: 0 to 3 stand for 0x98 to 0x9E (8-bit write form) on the LTC2990, 0 to 7 for
     0x90 to 0x9E on the LTC2991
-    @param rsense1, rsense2 sense resistors in milliohms; 0: none is fitted, and that current reads 0
+    @param rsense1, rsense2 sense resistors in milliohms; 0 answers VEK_BAD_ARGUMENT, outputs untouched
     @param current1, current2 receive amperes
     @param repeated 0: one acquisition; 1: the chip goes on acquiring afterwards
     @param wait_ready 1: wait until all values asked for are new; 0: take what the chip holds
@@ -502,7 +592,7 @@ int vekLTC2991GetVolt8(int channel, int address_index, float* v1, float* v2, flo
 int vekINA3221GetVolt2(int channel, float* millivolts1, float* millivolts2);
 
 /** Reads the currents of channels 1 and 2 of the INA3221 on an I2C channel, in amperes. @param rsense1, rsense2 shunts
-   in milliohms; 0: none is fitted, and that current reads 0 */
+   in milliohms; 0 answers VEK_BAD_ARGUMENT, outputs untouched */
 int vekINA3221GetCurrent2(int channel, unsigned int rsense1, unsigned int rsense2, float* current1, float* current2);
 
 /* ---- Power, fan, thermal, feature switches ------------------------------------------------------------------- */

@@ -1,5 +1,7 @@
 // The entry point: opens one access path to a card and runs the console over it.
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -11,6 +13,16 @@
 
 namespace
 {
+
+// Output to a pipe or a file goes out in large pieces from memory that need not be asked for; a terminal keeps its lines.
+void prepareOutput()
+{
+    constexpr std::size_t kOutputBuffer = 0x10000;
+    static char buffer[kOutputBuffer];
+    if (isatty(STDOUT_FILENO) == 0) {
+        setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
+    }
+}
 
 bool openDriverDevice(const char* progName)
 {
@@ -43,6 +55,7 @@ void runConsole()
 
 int main(int argc, char** argv)
 {
+    prepareOutput();
     StartOptions options = {.commandText = "", .openResult = 0, .interactive = 1};
     options_parse_args(&options, argc, argv);
     if (options.openResult != 0) {
