@@ -10,7 +10,7 @@ namespace vek
 class HostFile
 {
 public:
-    /// Opens a regular file for reading; anything else (a directory, a FIFO, a device) is refused.
+    /// Opens a regular file for reading. Anything else (a FIFO, a device) is refused, with errno EINVAL.
     static HostFile openToRead(const char* name);
 
     /// Creates a file, or empties the one that is there, for writing. A FIFO is opened only if it has a reader.

@@ -19,7 +19,8 @@ namespace
 {
 
 constexpr std::size_t kMaxScriptSize = std::size_t{1024} * 1024;
-constexpr std::uint64_t kPollInterval = 1;
+constexpr std::uint64_t kPollMilliseconds = 1;
+constexpr std::uint64_t kNanosecondsPerMillisecond = 1'000'000;
 
 struct FreeText {
     void operator()(char* text) const { std::free(text); }
@@ -74,7 +75,7 @@ bool readScript(const char* name, ScriptText& text)
 {
     HostFile file = HostFile::openToRead(name);
     if (!file.isOpen()) {
-        reportFile(name, std::strerror(errno));
+        reportFile(name, errno == EINVAL ? "not a regular file" : std::strerror(errno));
         return false;
     }
     // One byte more than a script may have shows that it has too many.
@@ -109,11 +110,11 @@ bool checkScript(const char* name, std::string_view text)
     return true;
 }
 
-std::uint64_t monotonicMilliseconds()
+std::uint64_t monotonicNanoseconds()
 {
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<std::uint64_t>(now.tv_sec) * 1000 + static_cast<std::uint64_t>(now.tv_nsec) / 1'000'000;
+    return static_cast<std::uint64_t>(now.tv_sec) * 1'000'000'000 + static_cast<std::uint64_t>(now.tv_nsec);
 }
 
 void waitMilliseconds(std::uint64_t milliseconds)
@@ -192,10 +193,10 @@ ScriptResult runWrite(const ScriptPlace& place, const ScriptStep& step, AddressS
 /// Reads until the comparison holds, for the step's time at most, and once in any case.
 ScriptResult runCheck(const ScriptPlace& place, const ScriptStep& step, AddressSpace& registers)
 {
-    const std::uint64_t start = monotonicMilliseconds();
+    const std::uint64_t start = monotonicNanoseconds();
     for (;;) {
         // Taken before the read, so that the last read comes after the whole time.
-        const bool last = monotonicMilliseconds() - start >= step.milliseconds;
+        const bool last = monotonicNanoseconds() - start >= step.milliseconds * kNanosecondsPerMillisecond;
         const auto [result, value] = readItemOf(step, registers);
         if (result != VEK_OK) {
             return failRead(place, step, value, result);
@@ -206,7 +207,7 @@ ScriptResult runCheck(const ScriptPlace& place, const ScriptStep& step, AddressS
         if (last) {
             return failCheck(place, step, value);
         }
-        waitMilliseconds(kPollInterval);
+        waitMilliseconds(kPollMilliseconds);
     }
 }
 
