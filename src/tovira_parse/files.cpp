@@ -91,6 +91,15 @@ void closeCreatedFile(FILE* file, const char* name)
     }
 }
 
+void saveFile(const char* name, const void* contents, std::size_t size)
+{
+    FILE* const file = name == nullptr ? nullptr : createFile(name);
+    if (file != nullptr) {
+        fwrite(contents, 1, size, file);
+        closeCreatedFile(file, name);
+    }
+}
+
 FileText readWholeFile(const char* name)
 {
     const int descriptor = openWithoutWaiting(name, O_RDONLY);

@@ -3,6 +3,7 @@
 #ifndef TOVIRA_PARSE_FILES_H
 #define TOVIRA_PARSE_FILES_H
 
+#include <cstddef>
 #include <cstdio>
 
 /// Creates or truncates a file for raw output (mode "wb"). Null when that cannot be done; errno then tells why.
@@ -10,6 +11,10 @@ FILE* createFile(const char* name);
 
 /// Closes what createFile gave and says so on standard error when not everything could be written to it.
 void closeCreatedFile(FILE* file, const char* name);
+
+/// Writes a file whole. Nothing happens without a name (null), and one that cannot be created is passed over in
+/// silence: what it would hold has been shown already.
+void saveFile(const char* name, const void* contents, std::size_t size);
 
 /// The whole contents of a file, terminated with a NUL behind them.
 struct FileText {

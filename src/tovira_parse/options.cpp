@@ -119,6 +119,8 @@ void doParseMemOpen(StartOptions* options, const char* progName, const char* tex
     std::uint64_t regSize = 0;
     std::uint64_t vramStart = 0;
     std::uint64_t vramSize = 0;
+    // What cannot be read stays 0, and a pair with a 0 in it opens nothing.
+    // NOLINTNEXTLINE(cert-err34-c)
     sscanf(text, "%lx,%lx,%lx,%lx", &regStart, &regSize, &vramStart, &vramSize);
     printf("mem: reg_start=0x%lx reg_size=0x%lx vram_start=0x%lx vram_size=0x%lx\n", regStart, regSize, vramStart,
            vramSize);

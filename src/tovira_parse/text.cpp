@@ -24,6 +24,15 @@ void lowerCase(char* text)
     shiftLetters(text, 'A', 'Z', 'a');
 }
 
+char* Tokens::keyword()
+{
+    char* const token = argument();
+    if (token != nullptr) {
+        upperCase(token);
+    }
+    return token;
+}
+
 char* Tokens::next(const DelimiterSet& delimiters)
 {
     while (*rest != '\0' && delimiters.contains(*rest)) {

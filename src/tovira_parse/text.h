@@ -37,6 +37,8 @@ struct Tokens {
     char* word() { return next(kWordDelimiters); }
     /// The next argument, or null when there is none.
     char* argument() { return next(kArgumentDelimiters); }
+    /// The next argument in upper case, as keywords are compared; null when there is none.
+    char* keyword();
     /// The next run of characters that are not among the delimiters, or null when there is none.
     char* next(const DelimiterSet& delimiters);
 };

@@ -179,17 +179,6 @@ struct FreeMemory {
     void operator()(void* memory) const { free(memory); }
 };
 
-// The name is given behind the count; a file that cannot be created is passed over, for the dump is there already.
-void saveValues(Tokens& arguments, const void* values, std::size_t size)
-{
-    const char* const name = arguments.argument();
-    FILE* const file = name == nullptr ? nullptr : createFile(name);
-    if (file != nullptr) {
-        fwrite(values, 1, size, file);
-        closeCreatedFile(file, name);
-    }
-}
-
 template <typename Item>
 int readRunIntoBuffer(const MemoryFamily& family, Tokens& arguments, const Run& run, std::uint64_t& next)
 {
@@ -203,7 +192,7 @@ int readRunIntoBuffer(const MemoryFamily& family, Tokens& arguments, const Run& 
         return kStatusDone;
     }
     readAndShowRun<Item>(family, run, {.byteCells = nullptr, .values = values.get()});
-    saveValues(arguments, values.get(), static_cast<std::size_t>(run.count) * sizeof(Item));
+    saveFile(arguments.argument(), values.get(), static_cast<std::size_t>(run.count) * sizeof(Item));
     next = endOf(run, sizeof(Item));
     return kStatusDone;
 }
