@@ -4,9 +4,9 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/mman.h>
-#include <sys/pidfd.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -152,10 +152,16 @@ void suppressCoreFiles()
     }
 }
 
+// By number, since the C library declares its own wrapper without C linkage.
+int openProcess(pid_t process)
+{
+    return static_cast<int>(syscall(SYS_pidfd_open, process, 0));
+}
+
 Result waitFor(pid_t child, std::chrono::milliseconds timeout, const StandardFiles& files)
 {
     Result result;
-    const Descriptor process(checkedDescriptor(pidfd_open(child, 0), "pidfd_open"));
+    const Descriptor process(checkedDescriptor(openProcess(child), "pidfd_open"));
     pollfd ended{.fd = process.get(), .events = POLLIN, .revents = 0};
     int ready = -1;
     do {

@@ -31,11 +31,11 @@ struct Command {
 
 /** How a process ended. */
 struct Result {
-    std::string output;     /**< standard output */
-    std::string error;      /**< standard error */
-    int exitStatus = -1;    /**< -1 when a signal ended it */
-    int signal = 0;         /**< the signal that ended it, or 0 */
-    bool timedOut = false;  /**< it was killed because its time was over */
+    std::string output;    /**< standard output */
+    std::string error;     /**< standard error */
+    int exitStatus = -1;   /**< -1 when a signal ended it */
+    int signal = 0;        /**< the signal that ended it, or 0 */
+    bool timedOut = false; /**< it was killed because its time was over */
 };
 
 /** Runs a program to its end; kills it when the time is over. Throws std::system_error when it cannot be started. */
