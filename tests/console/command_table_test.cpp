@@ -1,0 +1,202 @@
+#include "tovira_parse/command_table.h"
+
+#include <algorithm>
+#include <cctype>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "console_support.h"
+#include "expected_commands.h"
+#include "tovira_parse/handlers.h"
+
+namespace console_test
+{
+namespace
+{
+
+using ::testing::ElementsAre;
+
+struct HandlerWords {
+    CmdHandler handler;
+    std::vector<std::string> names;
+};
+
+/** The rows that must be in the table, by handler. A new handler gets its line here. */
+const std::vector<HandlerWords>& handlerWords()
+{
+    static const std::vector<HandlerWords> words = {
+        {doMultReg, {"rrbs", "rrws", "rrls", "rrqs", "rwbs", "rwws", "rwls", "rwqs"}},
+        {doReg, {"rrb", "rrw", "rrl", "rrq", "rwb", "rww", "rwl", "rwq"}},
+        {doCrtcReg, {"crb", "cwb", "crbs"}},
+        {doVram, {"vrb", "vrw", "vrl", "vrq", "vwb", "vww", "vwl", "vwq"}},
+        {doMultVram, {"vrbs", "vrws", "vrls", "vrqs", "vwbs", "vwws", "vwls", "vwqs"}},
+        {doKmem, {"krb", "krw", "krl", "krq", "kwb", "kww", "kwl", "kwq"}},
+        {doMultKmem, {"krbs", "krws", "krls", "krqs", "kwbs", "kwws", "kwls", "kwqs"}},
+        {doPCI, {"pci"}},
+        {doRun, {"run/r"}},
+        {doLoad, {"load"}},
+        {doMultAmba, {"arbs", "arws", "arls", "arqs", "awbs", "awws", "awls", "awqs"}},
+        {doAmba, {"arb", "arw", "arl", "arq", "awb", "aww", "awl", "awq"}},
+        {doQuit, {"quit/q"}},
+        {doHelp, {"help/h/?"}},
+    };
+    return words;
+}
+
+TEST(CommandTable, RowsStandInOrderWithTheirTexts)
+{
+    const std::vector<ExpectedCommand> expected = expectedCommands();
+    ASSERT_EQ(g_util_cmd.size(), expected.size()) << "a row that is not of the language, or one that is there twice";
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        SCOPED_TRACE("row " + std::to_string(i));
+        EXPECT_EQ(g_util_cmd[i].name, expected[i].name);
+        EXPECT_EQ(g_util_cmd[i].modes, expected[i].modes);
+        EXPECT_EQ(g_util_cmd[i].repeat, expected[i].repeat);
+        EXPECT_EQ(g_util_cmd[i].brief, expected[i].brief);
+        EXPECT_EQ(g_util_cmd[i].help, expected[i].help);
+    }
+}
+
+TEST(CommandTable, RowsCallTheirHandlers)
+{
+    for (const HandlerWords& line : handlerWords()) {
+        for (const std::string& name : line.names) {
+            const auto row = std::find_if(g_util_cmd.begin(), g_util_cmd.end(),
+                                          [&name](const UtilCmd& candidate) { return candidate.name == name; });
+            ASSERT_NE(row, g_util_cmd.end()) << name;
+            EXPECT_EQ(row->handler, line.handler) << name;
+        }
+    }
+}
+
+TEST(CommandTable, KeepsToTheSizesOfItsFields)
+{
+    for (const UtilCmd& row : g_util_cmd) {
+        SCOPED_TRACE(row.name);
+        EXPECT_LE(std::string_view(row.name).size(), 15U);
+        EXPECT_FALSE(std::string_view(row.name).empty());
+        EXPECT_LE(std::string_view(row.brief).size(), 127U);
+        EXPECT_LE(std::string_view(row.help).size(), 2047U);
+    }
+}
+
+TEST(CommandTable, GivesNoNameTwice)
+{
+    std::set<std::string> names;
+    for (const ExpectedCommand& command : expectedCommands()) {
+        for (const std::string& alias : command.aliases()) {
+            EXPECT_FALSE(alias.empty()) << command.name;
+            EXPECT_TRUE(names.insert(alias).second) << alias;
+        }
+    }
+}
+
+TEST(CommandTable, NamesAreInLowerCase)
+{
+    for (const UtilCmd& row : g_util_cmd) {
+        for (const char character : std::string_view(row.name)) {
+            EXPECT_FALSE(character >= 'A' && character <= 'Z') << row.name;
+        }
+    }
+}
+
+TEST(CommandTable, HidesFourNamesFromTheFullList)
+{
+    std::vector<std::string> hidden(g_blacklist_cmd.begin(), g_blacklist_cmd.end());
+    EXPECT_THAT(hidden, ElementsAre("query", "spi", "vlot", "clk"));
+}
+
+TEST(FindCmdRow, FindsEveryAliasOnceOnly)
+{
+    const std::vector<ExpectedCommand> expected = expectedCommands();
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        const int index = static_cast<int>(i);
+        for (const std::string& alias : expected[i].aliases()) {
+            EXPECT_EQ(findCmdRow(alias, 0), index) << alias;
+            EXPECT_EQ(findCmdRow(alias, index), index) << alias;
+            EXPECT_EQ(findCmdRow(alias, index + 1), kNoCmdRow) << alias;
+        }
+    }
+}
+
+TEST(FindCmdRow, ComparesWholeWords)
+{
+    for (const char* word :
+         {"hel", "helpp", "help/h/?", "help/h", "h/?", "/", "", "rr", "rrbb", "rrb ", "RRB", "Help"}) {
+        EXPECT_EQ(findCmdRow(word, 0), kNoCmdRow) << word;
+    }
+}
+
+TEST(FindCmdRow, FindsNothingBehindTheTable)
+{
+    const int end = static_cast<int>(g_util_cmd.size());
+    EXPECT_EQ(findCmdRow("help", end), kNoCmdRow);
+    EXPECT_EQ(findCmdRow("", end), kNoCmdRow);
+}
+
+TEST(HasAliases, TellsRowsWithSeveralNames)
+{
+    for (const UtilCmd& row : g_util_cmd) {
+        EXPECT_EQ(hasAliases(row), std::string_view(row.name).find('/') != std::string_view::npos) << row.name;
+    }
+}
+
+class TableReachTest : public ConsoleTest
+{
+};
+
+std::string upperCased(std::string text)
+{
+    for (char& character : text) {
+        character = static_cast<char>(std::toupper(static_cast<unsigned char>(character)));
+    }
+    return text;
+}
+
+// Without an open path a row for the card is refused, which tells that the word has reached it, and runs nothing.
+TEST_F(TableReachTest, EveryAliasOfARowForTheCardReachesIt)
+{
+    recording_vek::setMode(-19);
+    for (const ExpectedCommand& command : expectedCommands()) {
+        if (command.modes != 15) {
+            for (const std::string& alias : command.aliases()) {
+                EXPECT_EQ(runLine(alias), (Outcome{-3, std::string(kModeRefusedLine)})) << alias;
+                EXPECT_EQ(runLine(upperCased(alias)), (Outcome{-3, std::string(kModeRefusedLine)})) << alias;
+            }
+        }
+    }
+    EXPECT_THAT(takeDeviceCalls(), ElementsAre());
+}
+
+// Each of the three access modes has its bit; a row for the driver device alone is refused in the others.
+TEST_F(TableReachTest, EveryRowIsRefusedInTheModesOfNoneOfItsBits)
+{
+    for (int mode = 0; mode <= 2; ++mode) {
+        recording_vek::setMode(mode);
+        for (const ExpectedCommand& command : expectedCommands()) {
+            if ((command.modes & (1U << static_cast<unsigned int>(mode))) == 0) {
+                EXPECT_EQ(runLine(command.aliases().front()), (Outcome{-3, std::string(kModeRefusedLine)}))
+                    << command.name << " in mode " << mode;
+            }
+        }
+    }
+}
+
+TEST_F(TableReachTest, EveryAliasOfTheConsoleRowsReachesTheirHandlers)
+{
+    for (const char* word : {"run", "r", "RUN", "R"}) {
+        EXPECT_EQ(runLine(word + std::string(" s")), Outcome{}) << word;
+        EXPECT_THAT(takeDeviceCalls(), ElementsAre("vekRunScript(\"s\")")) << word;
+    }
+    for (const char* word : {"quit", "q", "QUIT", "Q"}) {
+        EXPECT_EQ(runLine(word), Outcome{1}) << word;
+    }
+    for (const char* word : {"help", "h", "?", "HELP", "H"}) {
+        EXPECT_EQ(runLine(word), (Outcome{0, expectedHelpList()})) << word;
+    }
+}
+
+}  // namespace
+}  // namespace console_test
