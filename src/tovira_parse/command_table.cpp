@@ -229,6 +229,20 @@ constexpr UtilCmd kCmdRows[] = {
      "\t[adr]: the read auto inc address on kernel virtual address\n"
      "\t[cnt]: the times of write eight bytes\n"
      "\t[val]: the date of write eight bytes"},
+    {"i2c", doI2c, kEveryPath, 0, "read or write on i2c set channel devadr",
+     "i2c set [channel] [devadr] - set i2c bus to channel with slave device address (hex)\n"
+     "\t[devadr]: the set device address(hex)\n"
+     "i2c rb [subadr] - read a byte from subadr for the device set by i2cset (hex)\n"
+     "\t[subadr]: subadress for device set by i2cset(hex)\n"
+     "i2c wb [subadr] - write a byte to subadr for the device set by i2cset (hex)\n"
+     "\t[subadr]: subadress for device set by i2cset(hex)\n"
+     "i2c rbs [subadr] [fname] - count read count bytes from begin of subadr for the device set by i2cset (hex)\n"
+     "\t[subadr]: subadress for device set by i2cset(hex)\n"
+     "\t[fname]: filename to save data (optional)"},
+    {"ddc", doDDC, kDriverOnly, 0, "hdmi ddc get edid",
+     "\tddc [ch] [fname]\n"
+     "\t[ch]: ddc channel, 0, 1, 2 or 3\n"
+     "\t[fname]: filename to save data (optional)"},
     {"pci", doPCI, kDriverOnly, 0, "read or write pci configure register",
      "\tpci [adr] [val]\n"
      "\t[adr]: the address of read on pci configure register\n"
@@ -237,6 +251,21 @@ constexpr UtilCmd kCmdRows[] = {
     {"load", doLoad, kAlways, 0, "load the multi-command for each line on the file",
      "load [fname]\n"
      "\t [fname] the file of preserved multi command"},
+    {"hdmi", doHdmi, kEveryPath, 1, "HDMI interface operation",
+     "hdmi [channel] phy r [adr] - HDMI phy read data (16-bit) from [adr] for [channel]\n"
+     "hdmi [channel] phy rs [adr] [cnt]- HDMI phy read [cnt] data (16-bit) from [adr] for [channel]\n"
+     "hdmi [channel] phy w [adr] [val] - HDMI phy write [val] (16-bit) to [adr] for [channel]\n"
+     "hdmi [channel] phy st - HDMI phy config start for [channel]\n"
+     "hdmi [channel] phy en - HDMI phy config end for [channel]\n"
+     "hdmi [channel] phy re - HDMI phy reset for [channel]\n"
+     "hdmi [channel] hpd r - HDMI hpd read data (8-bit) from phy_status0 reg for [channel]\n"
+     " hdmi [channel] ddc i - HDMI ddc init\n"
+     " hdmi [channel] ddc r [slave] [adr] - HDMI ddc read data (8-bit) from [adr] for [channel]\n"
+     "hdmi [channel] ddc w [slave] [adr] [val] - HDMI ddc write [val] (8-bit) to [adr] for [channel]\n"
+     "hdmi [channel] edid r - HDMI ddc read edid (256byte) from hdmi-sink for [channel]\n"
+     "hdmi [channel] mode - HDMI display mode.\n"},
+    {"edid", doEdid, kEveryPath, 1, "parse edid block",
+     "edid parse (path) - parse edid file in the specified path. If path is not specified, parse the last result.\n"},
     {"arbs", doMultAmba, kEveryPath, 1, "read a byte for cnt times on register region(hex)",
      "arbs [adr] [cnt]\n"
      "\t[adr]: the read auto inc address on register region\n"

@@ -36,4 +36,15 @@ int doCrtcReg(char* cmdText, int repeat);
 /// `pci`: one 32-bit word of the card's PCI configuration space.
 int doPCI(char* cmdText, int repeat);
 
+// Display and bus interfaces.
+
+/// `i2c`: bytes and blocks of one device on one of the card's I2C buses.
+int doI2c(char* cmdText, int repeat);
+/// `ddc`: a monitor's EDID over a DDC channel, to the screen and into a file.
+int doDDC(char* cmdText, int repeat);
+/// `edid`: the EDID of a file, or the one read last.
+int doEdid(char* cmdText, int repeat);
+/// `hdmi`: PHY, hot-plug state, DDC, EDID and mode of an HDMI output.
+int doHdmi(char* cmdText, int repeat);
+
 #endif
