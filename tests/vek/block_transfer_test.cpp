@@ -159,6 +159,17 @@ TEST_F(BlockTransfer, SavesLongsOutsideAsAllOnesAndReportsThem)
     EXPECT_EQ(folder_.read("saved"), rawBytes({0x12345678, 0xffffffff, 0xffffffff}));
 }
 
+TEST_F(BlockTransfer, DoesNotWrapRoundBetweenThePiecesOfALongRun)
+{
+    constexpr int kCount = 50000;
+    ASSERT_EQ(vekVramWriteLong(0x9000, 0x600d), 0);
+    const std::string ones(4 * kCount, '\xff');
+    EXPECT_EQ(vekMultiVramReadLong(nullptr, ~uint64_t{0} - 15, kCount, folder_.path("saved").c_str()), VEK_NO_RESPONSE);
+    EXPECT_EQ(folder_.read("saved"), ones);
+    EXPECT_EQ(vekMultVramWriteLong(0, ~uint64_t{0} - 15, kCount, folder_.path("saved").c_str()), VEK_NO_RESPONSE);
+    EXPECT_EQ(longAt(0x9000), 0x600dU);
+}
+
 TEST_F(BlockTransfer, ReplacesAnOlderFile)
 {
     folder_.write("saved", std::string(100, 'x'));

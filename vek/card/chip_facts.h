@@ -3,12 +3,10 @@
 
 #include <cstdint>
 
+#include "card/sizes.h"
+
 namespace vek
 {
-
-constexpr std::uint64_t kKiB = 1024;
-constexpr std::uint64_t kMiB = 1024 * kKiB;
-constexpr std::uint64_t kGiB = 1024 * kMiB;
 
 /// What tells one chip of the family from another.
 struct ChipFacts {

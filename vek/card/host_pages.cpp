@@ -2,12 +2,14 @@
 
 #include <sys/mman.h>
 
+#include "card/sizes.h"
+
 namespace vek
 {
 namespace
 {
 
-constexpr std::uintptr_t kHugePage = 2 * 1024 * 1024;
+constexpr std::uintptr_t kHugePage = 2 * kMiB;
 
 }  // namespace
 

@@ -6,6 +6,7 @@
 
 #include "card/host_pages.h"
 #include "card/items.h"
+#include "card/sizes.h"
 #include "vek.h"
 
 namespace vek
@@ -16,7 +17,7 @@ namespace
 constexpr std::uint64_t kFirstAddress = 0xffff'8000'0000'0000;
 constexpr unsigned kPageShift = 12;
 constexpr std::size_t kPageSize = std::size_t{1} << kPageShift;
-constexpr std::size_t kMaxPages = (std::size_t{1} << 30) / kPageSize;
+constexpr std::size_t kMaxPages = kGiB / kPageSize;
 // Twice as many slots as pages keep the probe runs short.
 constexpr unsigned kSlotBits = 19;
 constexpr std::size_t kSlots = std::size_t{1} << kSlotBits;
@@ -41,7 +42,7 @@ bool KernelMemory::map()
         pages_ = mapHostPages(kSlots * kPageSize);
     }
     if (pageNumbers_ == nullptr) {
-        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): fresh pages hold zeros of any type
+        // Fresh host pages are zeros of any type.
         pageNumbers_ = reinterpret_cast<std::uint64_t*>(mapHostPages(kSlots * sizeof *pageNumbers_));
     }
     return pages_ != nullptr && pageNumbers_ != nullptr;

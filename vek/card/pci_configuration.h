@@ -18,25 +18,30 @@ struct PciRegister {
     std::uint32_t writeOneToClear;  ///< Bits that a written 1 clears and a written 0 leaves.
 };
 
+/// Id of the chips' maker.
+constexpr std::uint32_t kPciVendorId = 0x6e5a;
+
+/// Class code: display controller, VGA-compatible.
+constexpr std::uint32_t kPciClassCode = 0x030000;
+
+/// Errors that the function can report, as Advanced Error Reporting numbers them.
+constexpr std::uint32_t kUncorrectableErrors = 0x001f'f010;
+constexpr std::uint32_t kCorrectableErrors = 0x0000'31c1;
+
 /// The registers of a chip's configuration space by rising offset; what is not among them reads 0.
 constexpr auto pciRegistersOf(const ChipFacts& chip)
 {
-    constexpr std::uint32_t kVendorId = 0x6e5a;
-    // Display controller, VGA-compatible.
-    constexpr std::uint32_t kClassCode = 0x030000;
     constexpr std::uint32_t kAllBits = 0xffff'ffff;
     constexpr auto kRegisterBarMask = static_cast<std::uint32_t>(~(kRegisterRegionSize - 1));
-    constexpr std::uint32_t kVideoMemoryBarMask = ~std::uint32_t{0x0fff'ffff};
+    constexpr std::uint32_t kVideoMemoryBarMask = 0xf000'0000;
     const std::uint32_t linkSpeedAndWidth = chip.linkSpeed | std::uint32_t{chip.linkWidth} << 4;
-    constexpr std::uint32_t kUncorrectableErrors = 0x001f'f010;
-    constexpr std::uint32_t kCorrectableErrors = 0x0000'31c1;
 
     return std::to_array<PciRegister>({
         // Type 0 header.
-        {0x000, std::uint32_t{chip.deviceId} << 16 | kVendorId, 0, 0},
+        {0x000, std::uint32_t{chip.deviceId} << 16 | kPciVendorId, 0, 0},
         // Status: capability list. Command: I/O space, memory space, bus master, parity, SERR#, INTx disable.
         {0x004, 0x0010'0007, 0x0000'0547, 0xf900'0000},
-        {0x008, kClassCode << 8 | chip.revision, 0, 0},
+        {0x008, kPciClassCode << 8 | chip.revision, 0, 0},
         // Header type 0, one function; only the cache line size can be written.
         {0x00c, 0x0000'0010, 0x0000'00ff, 0},
         // BAR 0: register region, 32-bit, not prefetchable.
@@ -44,7 +49,7 @@ constexpr auto pciRegistersOf(const ChipFacts& chip)
         // BAR 2 and 3: a 256 MiB aperture onto video memory, 64-bit, prefetchable.
         {0x018, 0xe000'000c, kVideoMemoryBarMask, 0},
         {0x01c, 0x0000'0038, kAllBits, 0},
-        {0x02c, std::uint32_t{chip.subsystemId} << 16 | kVendorId, 0, 0},
+        {0x02c, std::uint32_t{chip.subsystemId} << 16 | kPciVendorId, 0, 0},
         // Expansion ROM: 128 KiB, switched off.
         {0x030, 0xf700'0000, 0xfffe'0001, 0},
         {0x034, 0x0000'0040, 0, 0},

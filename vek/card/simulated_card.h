@@ -7,6 +7,7 @@
 #include "card/amba_bus.h"
 #include "card/chip_facts.h"
 #include "card/pci_configuration.h"
+#include "card/sizes.h"
 #include "card/sparse_memory.h"
 
 namespace vek
