@@ -84,5 +84,5 @@ build_preset()
         quietly "$1" cmake -S "$root" --fresh --preset "$1" || return
     fi
     say "building build/$1"
-    quietly "$1" cmake --build "$root/build/$1"
+    quietly "$1" cmake --build "$root/build/$1" -- --quiet
 }
