@@ -14,13 +14,18 @@ constexpr std::uint64_t kAllOnes = ~std::uint64_t{0};
 
 /// What a read comes back with, small enough to travel in registers.
 struct ReadResult {
-    int result;  ///< Of enum VekResult.
-    std::uint64_t
-        value;  ///< The item, zero-extended; all ones with VEK_NO_RESPONSE; of no meaning with other failures.
+    int result;           ///< Of enum VekResult.
+    std::uint64_t value;  ///< The item, zero-extended; all ones with VEK_NO_RESPONSE; else of no meaning.
 };
 
 /// The answer to a read that nothing answers.
 constexpr ReadResult kUnanswered{VEK_NO_RESPONSE, kAllOnes};
+
+/// Memory of the host that stands behind the first part of an address space and does nothing but hold what is written.
+struct PlainMemory {
+    unsigned char* base = nullptr;  ///< What address 0 lies at.
+    std::uint64_t limit = 0;        ///< An item of any width that begins below it lies wholly inside.
+};
 
 /// Something that answers to addresses: a memory, a register file, a bus. Items are little-endian and may lie at any
 /// alignment unless the space says otherwise. Results are those of enum VekResult.
@@ -33,8 +38,17 @@ public:
     /// Writes the low `width` bytes (1, 2, 4 or 8) of `value` at `address`. A negative result has written nothing.
     virtual int write(std::uint64_t address, unsigned width, std::uint64_t value) = 0;
 
+    /// Where the space need not be asked: accesses to this memory are answered by loads and stores of their width.
+    const PlainMemory& plainMemory() const { return plainMemory_; }
+
 protected:
+    constexpr AddressSpace() = default;
     ~AddressSpace() = default;
+
+    void setPlainMemory(const PlainMemory& memory) { plainMemory_ = memory; }
+
+private:
+    PlainMemory plainMemory_;
 };
 
 /// An address space that also moves runs of 32-bit items at memory speed. An item that does not lie wholly inside is

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <compare>
 #include <cstdint>
 #include <cstring>
 
@@ -346,12 +347,14 @@ struct NameKey {
     std::uint64_t first;
     std::uint64_t second;
 
-    constexpr bool operator==(const NameKey&) const = default;
+    constexpr auto operator<=>(const NameKey&) const = default;
 };
 
 struct NamedRow {
     NameKey name;
     int row;
+
+    constexpr auto operator<=>(const NamedRow&) const = default;
 };
 
 constexpr NameKey makeKey(std::string_view name)
@@ -371,7 +374,7 @@ constexpr std::size_t countNames()
     return names;
 }
 
-// Every name and alias with its row, in table order.
+// Every name and alias with its row: in the order of the names, and rows of one name in table order.
 constexpr auto kNamedRows = [] {
     std::array<NamedRow, countNames()> named{};
     std::size_t next = 0;
@@ -383,6 +386,7 @@ constexpr auto kNamedRows = [] {
             rest.remove_prefix(std::min(name.size() + 1, rest.size()));
         }
     }
+    std::sort(named.begin(), named.end());
     return named;
 }();
 
@@ -396,13 +400,9 @@ int findCmdRow(std::string_view word, int from)
     if (word.size() > kLongestName) {
         return kNoCmdRow;
     }
-    const NameKey key = makeKey(word);
-    for (const NamedRow& named : kNamedRows) {
-        if (named.name == key && named.row >= from) {
-            return named.row;
-        }
-    }
-    return kNoCmdRow;
+    const NamedRow wanted{makeKey(word), from};
+    const auto* const found = std::lower_bound(kNamedRows.begin(), kNamedRows.end(), wanted);
+    return found != kNamedRows.end() && found->name == wanted.name ? found->row : kNoCmdRow;
 }
 
 bool hasAliases(const UtilCmd& cmd)

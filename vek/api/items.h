@@ -2,6 +2,7 @@
 #define VEK_API_ITEMS_H
 
 #include <cstdint>
+#include <cstring>
 
 #include "api/connection.h"
 #include "vek.h"
@@ -23,6 +24,12 @@ int readItem(std::uint64_t address, Item* cell)
     if (cell == nullptr) {
         return VEK_BAD_ARGUMENT;
     }
+    // Dumps come by here for every item: without a call for those that plain memory holds.
+    const PlainMemory& plain = space->plainMemory();
+    if (address < plain.limit) [[likely]] {
+        std::memcpy(cell, plain.base + address, sizeof *cell);
+        return VEK_OK;
+    }
     const auto [result, value] = space->read(address, sizeof(Item));
     if (result == VEK_OK || result == VEK_NO_RESPONSE) {
         *cell = static_cast<Item>(value);
@@ -38,7 +45,15 @@ int writeItem(std::uint64_t address, Item value)
         return VEK_NO_PATH;
     }
     AddressSpace* space = openPath->*Space;
-    return space == nullptr ? VEK_NOT_AVAILABLE : space->write(address, sizeof(Item), value);
+    if (space == nullptr) {
+        return VEK_NOT_AVAILABLE;
+    }
+    const PlainMemory& plain = space->plainMemory();
+    if (address < plain.limit) [[likely]] {
+        std::memcpy(plain.base + address, &value, sizeof value);
+        return VEK_OK;
+    }
+    return space->write(address, sizeof(Item), value);
 }
 
 }  // namespace vek

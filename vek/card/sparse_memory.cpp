@@ -10,11 +10,21 @@
 
 namespace vek
 {
+namespace
+{
+
+constexpr std::uint64_t kWidestItem = 8;
+
+}  // namespace
 
 bool SparseMemory::map()
 {
     base_ = mapHostPages(size_);
-    return base_ != nullptr;
+    if (base_ == nullptr) {
+        return false;
+    }
+    setPlainMemory({.base = base_, .limit = size_ - kWidestItem + 1});
+    return true;
 }
 
 /// How many of `count` longs from `address` upwards lie wholly inside.

@@ -27,6 +27,8 @@ enum Format : unsigned {
 
 enum Extension : unsigned {
     kHeAac = 4,
+    kAacLc = 6,
+    kDra = 7,
     kHeAacSurround = 8,
     kAacLcSurround = 10,
     kMpegH3d = 11,
@@ -54,8 +56,8 @@ constexpr std::array<const char*, 16> kFormats = {"reserved format 0",
 const char* extensionName(unsigned extension)
 {
     constexpr std::array<const char*, 14> kNames = {nullptr,
-                                                    nullptr,
-                                                    nullptr,
+                                                    "HE AAC (obsolete)",
+                                                    "HE AAC v2 (obsolete)",
                                                     "MPEG Surround (obsolete)",
                                                     "MPEG-4 HE AAC",
                                                     "MPEG-4 HE AAC v2",
@@ -107,6 +109,9 @@ void printAacFrames(Report& report, unsigned extension, Bytes descriptor)
 {
     constexpr std::array<const char*, 3> kFrames = {nullptr, "Frame length: 960 samples", "Frame length: 1024 samples"};
     report.flags(descriptor.bits(2, 2, 0), kFrames);
+    if (extension == kAacLc && descriptor.bit(2, 0)) {
+        report.line("Supports 22.2 channels (System H)");
+    }
     if (extension == kHeAacSurround || extension == kAacLcSurround) {
         report.line(descriptor.bit(2, 0) ? "MPEG Surround: implicitly and explicitly signaled"
                                          : "MPEG Surround: implicitly signaled");
@@ -137,8 +142,18 @@ void printExtension(Report& report, Bytes descriptor)
         report.flags(descriptor.bits(2, 1, 0), kProfiles);
     } else if (extension == kAc4) {
         std::fprintf(report.line(), "AC-4 capability: %u\n", descriptor.bits(2, 2, 0));
-    } else if (extension >= kHeAac) {
+    } else if (extension >= kHeAac && extension != kDra) {
         printAacFrames(report, extension, descriptor);
+    }
+}
+
+void printMat(Report& report, unsigned value)
+{
+    const bool objectAudio = (value & 1) != 0;
+    report.line(objectAudio ? "Supports Dolby TrueHD, object audio PCM and channel-based PCM"
+                            : "Supports Dolby TrueHD");
+    if (objectAudio) {
+        report.line((value & 2) != 0 ? "Hash of PCM audio: not required" : "Hash of PCM audio: required");
     }
 }
 
@@ -153,7 +168,7 @@ void printFormatDetail(Report& report, unsigned format, Bytes descriptor)
     } else if (format == kEnhancedAc3 && (value & 1) != 0) {
         report.line("Supports joint object coding");
     } else if (format == kMat) {
-        report.line((value & 1) != 0 ? "Supports Dolby TrueHD and object audio PCM" : "Supports Dolby TrueHD");
+        printMat(report, value);
     } else if (format == kWmaPro) {
         std::fprintf(report.line(), "Profile: %u\n", value & 7);
     } else if (format != kEnhancedAc3 && value != 0) {
