@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -35,11 +34,14 @@ std::string outputOf(const Arguments& command)
 /** The values of the entries of a kind, such as NEEDED, in a file's dynamic section. */
 std::vector<std::string> dynamicEntries(const std::string& file, const std::string& kind)
 {
-    const std::string section = outputOf({"readelf", "--dynamic", "--wide", file});
-    const std::regex entry("\\(" + kind + "\\)[^\\[\n]*\\[([^\\]\n]*)\\]");
+    std::istringstream section(outputOf({"readelf", "--dynamic", "--wide", file}));
     std::vector<std::string> values;
-    for (std::sregex_iterator match(section.begin(), section.end(), entry), end; match != end; ++match) {
-        values.push_back((*match)[1]);
+    for (std::string line; std::getline(section, line);) {
+        const std::size_t begin = line.find('[');
+        const std::size_t end = line.rfind(']');
+        if (line.find("(" + kind + ")") != std::string::npos && begin < end && end != std::string::npos) {
+            values.push_back(line.substr(begin + 1, end - begin - 1));
+        }
     }
     return values;
 }
@@ -68,9 +70,7 @@ std::set<std::string> common(const std::set<std::string>& one, const std::set<st
 std::set<std::string> libraryFunctions()
 {
     std::set<std::string> names = symbols({"--dynamic", "--defined-only", TOVIRA_LIBRARY});
-    std::erase_if(names, [](const std::string& name) {
-        return name.find("vek") != 0 && name.find("get_") != 0 && name != "doGetDeviceId";
-    });
+    std::erase_if(names, [](const std::string& name) { return name.starts_with('_'); });
     return names;
 }
 
