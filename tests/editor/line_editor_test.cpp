@@ -539,6 +539,8 @@ TEST(LineHistory, ForgetsTheDirectionAtTheEndOfALine)
 TEST(LineHistory, StoresNoEmptyLine)
 {
     EXPECT_THAT(recalled("a\r\r\r", {kUp, kUp}), ElementsAre("a", ""));
+    // With nothing stored yet no selected line can be the reason.
+    EXPECT_THAT(recalled("\ra\r", {kUp, kUp, kUp}), ElementsAre("a", "", "a"));
     EXPECT_THAT(recalled("a\rx" + kBackspace + "\rb\r", {kUp, kUp}), ElementsAre("b", "a"));
 }
 
