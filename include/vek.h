@@ -252,21 +252,24 @@ int vekVramWriteQuad(uint64_t address, uint64_t value);
 
 /** Reads a run of longs of video memory into a buffer or into a file: exactly one of the two is given.
     @param buffer room for count longs, or null
-    @param address byte address of the first long @param count number of longs, 1 or more
-    @param file name of a file to create or replace (raw longs in address order, no header), or null */
+    @param address byte address of the first long @param count number of longs, 0 or more; those outside of the memory
+    read as all ones and make the result VEK_NO_RESPONSE
+    @param file name of a file to create or replace (raw little-endian longs in address order, no header), or null
+    @return VEK_IO_ERROR when the file cannot be created or written whole */
 int vekMultiVramReadLong(uint32_t* buffer, uint64_t address, int count, const char* file);
 
 /** Writes a run of longs of video memory: value over and over, or with a file name its longs (the format that
     vekMultiVramReadLong() writes; value is not looked at). A file that holds fewer than count longs is written as far
-    as it reaches; one without a single whole long answers VEK_BAD_DATA.
-    @param address byte address of the first long @param count number of longs, 1 or more @param file name, or null */
+    as it reaches and answers VEK_BAD_DATA; one that cannot be read changes nothing.
+    @param address byte address of the first long @param count number of longs, 0 or more @param file name, or null */
 int vekMultVramWriteLong(uint32_t value, uint64_t address, int count, const char* file);
 
 /** Prints a buffer as a dump, four longs a line: "%08lx:" with the address of the first, each long as " %08x", two
     blanks, then the line's bytes as ASCII between two '|', '.' for what is not printable. The ASCII column of a short
     last line is aligned with the others. Every line ends with a line end.
     @param buffer count longs @param item_size 4, else VEK_BAD_ARGUMENT
-    @param address video memory address of the first long @param count number of longs; below 1 prints nothing */
+    @param address video memory address of the first long @param count number of longs; 0 prints nothing, below
+    that answers VEK_BAD_ARGUMENT */
 int dump_vram(const void* buffer, int item_size, uint64_t address, int count);
 
 /** Prints the list of free video memory nodes. */
@@ -355,7 +358,8 @@ int vekCrtcReadByte(uint32_t index, uint8_t* value);
 int vekCrtcWriteByte(uint32_t index, uint8_t value);
 
 /** Reads a double word of the selected card's PCI configuration space (function 0). @param offset byte offset, a
-    multiple of 4, else VEK_BAD_ARGUMENT; past the 4096 bytes of PCI Express VEK_NO_RESPONSE */
+    multiple of 4 within the 4096 bytes of PCI Express; any other answers VEK_BAD_ARGUMENT
+    @param value receives it; all ones where the offset is refused */
 int vekPciRead(int32_t offset, uint32_t* value);
 
 /** Writes a double word of PCI configuration space; read-only bits keep their value. The offset as in vekPciRead(). */
@@ -655,9 +659,11 @@ void* vek_thread_qz202monitor(void* folder_name);
 
 /* ---- Scripts ------------------------------------------------------------------------------------------------- */
 
-/** Runs a script file inside the library; docs/script-format.md describes the format.
-    @param name file name; VEK_BAD_ARGUMENT when null
-    @return 0 at the end of the script, the status that the script itself ends with, or a negative failure */
+/** Runs a script of register writes, reads, waits and checks; docs/script-format.md describes the format. The whole
+    script is understood before anything of it runs.
+    @param name file name
+    @return 0 at its end; -2 for a null name, a file that cannot be read or a bad line, and VEK_IO_ERROR for an access
+    or a check that failed, each with a line on standard error that names file and line */
 int vekRunScript(const char* name);
 
 #pragma GCC visibility pop
