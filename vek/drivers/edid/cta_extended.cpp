@@ -1,7 +1,6 @@
 // Data blocks of CTA-861-I under an extended tag.
 
 #include <array>
-#include <cmath>
 #include <cstdio>
 
 #include "drivers/edid/cta_data_block.h"
@@ -35,13 +34,24 @@ void printColorimetry(Report& report, Bytes payload)
     }
 }
 
+/// 50 cd/m2 times 2 to the power of code/32, by multiplication: std::exp2() stands in the mathematics library, which
+/// would have to be loaded at every start.
+double luminance(unsigned code)
+{
+    constexpr double kStep = 1.0218971486541166;
+    double value = 50.0;
+    for (unsigned done = 0; done < code; ++done) {
+        value *= kStep;
+    }
+    return value;
+}
+
 void printHdrStatic(Report& report, Bytes payload)
 {
     constexpr std::array<const char*, 4> kTransfer = {"EOTF: traditional gamma, SDR luminance range",
                                                       "EOTF: traditional gamma, HDR luminance range",
                                                       "EOTF: SMPTE ST 2084", "EOTF: Hybrid Log-Gamma"};
     constexpr std::array<const char*, 1> kMetadata = {"Static metadata type 1"};
-    const auto luminance = [](unsigned code) { return 50.0 * std::exp2(code / 32.0); };
     report.flags(payload.at(0), kTransfer);
     report.flags(payload.at(1), kMetadata);
     if (payload.at(2) != 0) {

@@ -20,6 +20,12 @@ std::int32_t whole(double value)
     return static_cast<std::int32_t>(value);
 }
 
+/// Halves go up. Unlike std::round() it needs no mathematics library, which would have to be loaded at every start.
+double rounded(double value)
+{
+    return std::floor(value + 0.5);
+}
+
 std::int32_t downTo(std::int32_t step, double value)
 {
     return whole(std::floor(value / step)) * step;
@@ -149,16 +155,16 @@ Timing gtf(const FormulaInput& input)
 {
     constexpr std::int32_t kFrontPorch = 1;
     constexpr std::int32_t kSync = 3;
-    const std::int32_t width = whole(std::round(static_cast<double>(input.width) / kCell)) * kCell;
+    const std::int32_t width = whole(rounded(static_cast<double>(input.width) / kCell)) * kCell;
     const double estimate = (kMicroseconds / input.refreshHz - kMinimumSyncAndBackPorch) / (input.height + kFrontPorch);
-    const std::int32_t syncAndBack = whole(std::round(kMinimumSyncAndBackPorch / estimate));
+    const std::int32_t syncAndBack = whole(rounded(kMinimumSyncAndBackPorch / estimate));
     const std::int32_t lines = input.height + syncAndBack + kFrontPorch;
     const double period = kMicroseconds / (input.refreshHz * lines);
     const double duty = kBlankingOffset - kBlankingSlope * period / 1000.0;
-    const std::int32_t blanking = whole(std::round(width * duty / (100.0 - duty) / (2 * kCell))) * 2 * kCell;
+    const std::int32_t blanking = whole(rounded(width * duty / (100.0 - duty) / (2 * kCell))) * 2 * kCell;
     const std::int32_t total = width + blanking;
-    const std::int32_t sync = whole(std::round(0.08 * total / kCell)) * kCell;
-    return {static_cast<std::int64_t>(std::round(total / period * 1000.0)),
+    const std::int32_t sync = whole(rounded(0.08 * total / kCell)) * kCell;
+    return {static_cast<std::int64_t>(rounded(total / period * 1000.0)),
             {width, blanking / 2 - sync, sync, blanking / 2, 0, false},
             {input.height, kFrontPorch, kSync, syncAndBack - kSync, 0, true},
             Scan::kProgressive,
