@@ -1,6 +1,7 @@
 #include "editor_model.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -132,7 +133,7 @@ std::string EditorModel::home()
 
 std::string EditorModel::end()
 {
-    const std::string passed = line_.substr(cursor_);
+    std::string passed = line_.substr(cursor_);
     cursor_ = line_.size();
     return passed;
 }

@@ -450,10 +450,10 @@ TEST(TerminalInput, WithAPipeForOutputIsNotWrittenInSmallPieces)
 
     const std::vector<std::string> packets = output.readPackets();
     ASSERT_GE(packets.size(), 2U);
-    std::string all = packets.back();
-    for (std::size_t i = packets.size() - 1; i-- > 0;) {
-        EXPECT_EQ(packets[i].size(), PacketPipe::kLargestPacket);
-        all = packets[i] + all;
+    std::string all;
+    for (const std::string& packet : packets) {
+        EXPECT_TRUE(packet.size() == PacketPipe::kLargestPacket || &packet == &packets.back()) << packet.size();
+        all += packet;
     }
     EXPECT_THAT(all, testing::StartsWith(kStartLine + "\n>help\r\n"));
     EXPECT_THAT(all, testing::HasSubstr("\n>rrb 41\r\n00000041: 00\n>help\r\n"));
