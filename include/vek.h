@@ -43,8 +43,10 @@ enum VekResult {
     VEK_PROTECTED = -30,     /**< write-protected (EROFS) */
     VEK_OUT_OF_RANGE = -34,  /**< the value asked for cannot be reached by the hardware (ERANGE) */
     VEK_NOT_AVAILABLE = -38, /**< nothing behind the open path can do this (ENOSYS) */
+    VEK_NO_BUS = -44,        /**< the card has no I2C channel of that number (ECHRNG) */
     VEK_BAD_DATA = -74,      /**< the data came, but a checksum or a header is wrong (EBADMSG) */
-    VEK_TIMED_OUT = -110     /**< the device did not get ready in time (ETIMEDOUT) */
+    VEK_TIMED_OUT = -110,    /**< the device did not get ready in time (ETIMEDOUT) */
+    VEK_NO_ACK_DATA = -121   /**< an I2C device did not acknowledge a byte after its address (EREMOTEIO) */
 };
 
 /** Device ids: the chip number read as hexadecimal. */
@@ -367,69 +369,99 @@ int vekPciWrite(int32_t offset, uint32_t value);
 
 /* ---- I2C ----------------------------------------------------------------------------------------------------- */
 
+/* The board's I2C channels, 0 to 3, as NXP UM10204 describes the bus. Both transfers answer VEK_NO_BUS for another
+   channel, VEK_NO_RESPONSE when no device acknowledges the address, over a number of tries, VEK_NO_ACK_DATA when it
+   does not acknowledge a byte after that, VEK_TIMED_OUT when the bus hangs. The bus is free again afterwards. */
+
 /** Reads consecutive bytes of an I2C device. @param device 7-bit address @param sub_address register or memory address
-    in the device, advanced by the device @param count number of bytes, 0 or more @param data receives them
-    @return VEK_NO_RESPONSE when the device does not acknowledge (the data stay untouched) */
+    in the device, sent as one byte up to 0xff, as two (the high byte first) up to 0xffff; the device advances it, and
+    what follows its last one is the device's affair @param count number of bytes, 0 to 65536; with 0 the sub-address is
+    sent all the same @param data receives them on success and stays untouched on any failure; not looked at when count
+    is 0 */
 int vekI2cRead(int channel, uint32_t device, uint32_t sub_address, int count, uint8_t* data);
 
-/** Writes consecutive bytes of an I2C device; the arguments as in vekI2cRead(). */
+/** Writes consecutive bytes of an I2C device in one transaction; a memory may wrap them inside its page. The arguments
+   as in vekI2cRead(). Returns when the device has taken the bytes: one that is busy with them then, as an EEPROM is,
+   lets the next transfer try its address until it is not, up to 10 ms on a bus of 100 kHz. */
 int vekI2cWrite(int channel, uint32_t device, uint32_t sub_address, int count, const uint8_t* data);
 
-/** @return a text for a result of vekI2cRead() or vekI2cWrite(), whatever its value; constant, never null. */
+/** @return a text for a result of vekI2cRead() or vekI2cWrite(), another one for each; one for any other value, too;
+    constant, never null. */
 const char* vekI2cErrString(int error);
 
 /* ---- DDC and EDID -------------------------------------------------------------------------------------------- */
 
-/** Reads the EDID of the monitor on a DDC channel, extension blocks included (VESA E-EDID, E-DDC).
-    @param length receives the number of bytes
-    @param data receives a pointer to them; they are the library's and stay valid until EDID is next read or parsed, or
-    the connection closes
-    @param valid receives non-zero when headers and checksums are right
-    @return VEK_BAD_ARGUMENT when the selected card has no such channel, VEK_NO_RESPONSE when no monitor answers */
+/** Reads the EDID of the monitor on a DDC channel, extension blocks included (VESA E-EDID, E-DDC), 32 KiB at most.
+    @param length receives the number of bytes, a multiple of 128
+    @param data receives a pointer to them; they are the library's and stay valid until an EDID is next read with
+   success
+    @param valid receives 1 when the header and all checksums are right, else 0; a base block without the EDID header is
+    delivered alone
+    @return VEK_BAD_ARGUMENT when the selected card has no such channel, VEK_NO_RESPONSE when no monitor answers, else
+   as vekI2cRead(); the outputs are set on success only */
 int vekDDCRead(int channel, int* length, uint8_t** data, int* valid);
 
-/** Prints an EDID decoded. @param length in bytes; what a short or damaged block lacks is left out
-    @param flag non-zero: the extension blocks too (CTA-861); 0: the base block only */
+/** Prints an EDID decoded. @param length in bytes, at least 1; the first 32 KiB are looked at; what a short or damaged
+    block lacks is left out, and what is wrong is listed at the end
+    @param flag non-zero: the extension blocks too; 0: the base block only */
 int edid_print_helper(const uint8_t* data, int length, int flag);
 
-/** Decodes and prints an EDID file (the raw block), or with a null path the EDID read last over any interface.
-    @return VEK_IO_ERROR when the file cannot be read, VEK_NOT_AVAILABLE when none has been read yet */
+/** Decodes and prints an EDID file (the raw blocks, of which the first 32 KiB are looked at), or with a null path the
+    EDID read last with success by vekDDCRead() or vekHdmiEDIDRead(): as edid_print_helper() prints it with the
+   extension blocks. A failure is told in one line on standard error.
+    @return VEK_IO_ERROR when the file cannot be read, VEK_BAD_DATA when it is empty, VEK_NOT_AVAILABLE when no EDID has
+    been read yet */
 int do_edid_parse(const char* path);
 
 /* ---- HDMI ---------------------------------------------------------------------------------------------------- */
 
-/** Makes the DDC master of an HDMI output ready. @param channel output index; VEK_BAD_ARGUMENT when the chip lacks it,
-   as in all vekHdmi functions */
+/* Outputs 0 and 1 on QZ201, 0 on QZ202; VEK_BAD_ARGUMENT for any other channel. The DDC of output n is DDC channel n.
+ */
+
+/** Makes the DDC master of an HDMI output ready: frees the bus from a transfer that was broken off. Reads and writes do
+    not need it otherwise. @return VEK_TIMED_OUT when the bus stays blocked */
 int vekHdmiDDCInit(int channel);
 
-/** Reads a byte over an HDMI output's DDC. @param slave 7-bit address @param sub_address in the slave */
+/** Reads a byte over an HDMI output's DDC. @param slave 7-bit address @param sub_address in the slave @return as
+    vekI2cRead() */
 int vekHdmiDDCRead(int channel, uint8_t slave, uint8_t sub_address, uint8_t* value);
 
-/** Writes a byte over an HDMI output's DDC. @param slave 7-bit address @param sub_address in the slave */
+/** Writes a byte over an HDMI output's DDC. @param slave 7-bit address @param sub_address in the slave @return as
+    vekI2cWrite() */
 int vekHdmiDDCWrite(int channel, uint8_t slave, uint8_t sub_address, uint8_t value);
 
-/** Reads the EDID of an HDMI output's sink and prints it decoded. */
+/** Reads the EDID of an HDMI output's sink and prints it decoded, as do_edid_parse() then does with a null path.
+    @return VEK_BAD_DATA, after printing, when its header or a checksum is wrong; else as vekDDCRead() */
 int vekHdmiEDIDRead(int channel);
 
 /** Reads the hot-plug state from the phy_status0 register. @param status receives 1 with a sink attached, else 0 */
 int vekHdmiHpdSense(int channel, uint8_t* status);
 
-/** Reads the timing that an HDMI output runs at. */
+/** Reads the timing that an HDMI output runs at: the preferred one of its sink's EDID. @return VEK_NO_RESPONSE without
+   a sink, VEK_BAD_DATA when the EDID is damaged or has no timing; the record is set on success only */
 int vekHdmiModeRead(int channel, struct VekDisplayMode* mode);
+
+/* An HDMI PHY has 256 registers of 16 bits, at addresses 0x000 to 0x3fc in steps of 4:
+     0x000  phy_ctrl: bit 0 configuration open, bit 1 reset when written as 1, bit 8 configured and locked (read-only)
+     0x004  phy_status0, read-only: bit 0 hot-plug
+     0x008  phy_id, read-only
+     all others hold the configuration. Other addresses answer VEK_NO_RESPONSE. */
 
 /** Opens the configuration of an HDMI PHY; vekHdmiPhyEnd() applies and closes it. */
 int vekHdmiPhyStart(int channel);
 
-/** Applies and closes the configuration of an HDMI PHY. */
+/** Applies and closes the configuration of an HDMI PHY, open or not. @return VEK_TIMED_OUT when the PHY does not lock
+ */
 int vekHdmiPhyEnd(int channel);
 
-/** Resets an HDMI PHY: its registers return to their defaults. */
+/** Resets an HDMI PHY: its registers return to their defaults, its configuration is closed and not in effect. */
 int vekHdmiPhyReset(int channel);
 
-/** Reads a 16-bit register of an HDMI PHY. */
+/** Reads a 16-bit register of an HDMI PHY. @param value receives it; all ones when nothing answers */
 int vekHdmiPhyRead(int channel, uint32_t address, uint16_t* value);
 
-/** Writes a 16-bit register of an HDMI PHY. */
+/** Writes a 16-bit register of an HDMI PHY. @return VEK_PROTECTED for a read-only register, and for one of the
+    configuration while that is not open */
 int vekHdmiPhyWrite(int channel, uint32_t address, uint16_t value);
 
 /* ---- DisplayPort and eDP ------------------------------------------------------------------------------------- */

@@ -16,6 +16,8 @@ struct ChipFacts {
     std::uint64_t videoMemorySize;  ///< Bytes.
     std::uint8_t linkWidth;         ///< PCI Express lanes.
     std::uint8_t linkSpeed;         ///< PCI Express speed code: 3 is 8 GT/s, 4 is 16 GT/s.
+    std::uint8_t ddcChannels;       ///< Monitor connectors with a DDC, up to 4.
+    std::uint8_t hdmiOutputs;       ///< Up to 2; output n is on DDC channel n.
 };
 
 constexpr ChipFacts kQz201{
@@ -25,6 +27,8 @@ constexpr ChipFacts kQz201{
     .videoMemorySize = 4 * kGiB,
     .linkWidth = 16,
     .linkSpeed = 3,
+    .ddcChannels = 4,
+    .hdmiOutputs = 2,
 };
 
 constexpr ChipFacts kQz202{
@@ -34,6 +38,8 @@ constexpr ChipFacts kQz202{
     .videoMemorySize = 2 * kGiB,
     .linkWidth = 8,
     .linkSpeed = 3,
+    .ddcChannels = 2,
+    .hdmiOutputs = 1,
 };
 
 /// Size of the register region, the same on every chip of the family (PCI BAR 0 decodes all of it).

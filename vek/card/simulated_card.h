@@ -3,9 +3,13 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 
 #include "card/amba_bus.h"
 #include "card/chip_facts.h"
+#include "card/hdmi_phy.h"
+#include "card/i2c_board_buses.h"
+#include "card/monitor_ddc.h"
 #include "card/pci_configuration.h"
 #include "card/sizes.h"
 #include "card/sparse_memory.h"
@@ -13,20 +17,27 @@
 namespace vek
 {
 
+/// The EDID of the display on each DDC channel, empty where none is attached.
+using AttachedMonitors = std::array<std::span<const std::uint8_t>, 4>;
+
 /// A card with one of the chips on it, as it stands after power-on and the driver's start. What is on the card speaks
 /// to its other parts through address spaces only, so a part may be replaced by one with more behaviour of its own.
 ///
 /// AMBA map: 0x01000000 the register region, 16 MiB; 0x20000000 the board's RAM, 1 MiB; 0x40000000 the first GiB of
 /// video memory.
 struct SimulatedCard {
-    constexpr explicit SimulatedCard(const ChipFacts& chip)
+    constexpr SimulatedCard(const ChipFacts& chip, const BoardRecord& board, const AttachedMonitors& monitors)
         : videoMemory(chip.videoMemorySize),
           amba(std::to_array<AmbaWindow>({
               {.base = 0x0100'0000, .length = kRegisterRegionSize, .target = &registers},
               {.base = 0x2000'0000, .length = kBoardRamSize, .target = &boardRam},
               {.base = 0x4000'0000, .length = kVideoMemoryWindowSize, .target = &videoMemory},
           })),
-          pciConfiguration(chip)
+          pciConfiguration(chip),
+          i2c(board),
+          ddc{DdcConnector(monitors[0]), DdcConnector(monitors[1]), DdcConnector(monitors[2]),
+              DdcConnector(monitors[3])},
+          hdmiPhys{HdmiPhy(!monitors[0].empty()), HdmiPhy(!monitors[1].empty())}
     {
     }
 
@@ -44,6 +55,10 @@ struct SimulatedCard {
     SparseMemory crtc{kCrtcRegisters};
     AmbaBus amba;
     PciConfiguration pciConfiguration;
+    BoardI2cBuses i2c;
+    // As many as the largest chip has; on a smaller one no path leads to the last of them.
+    std::array<DdcConnector, 4> ddc;
+    std::array<HdmiPhy, 2> hdmiPhys;
 };
 
 }  // namespace vek

@@ -1,24 +1,36 @@
 #ifndef VEK_PATH_ACCESS_PATH_H
 #define VEK_PATH_ACCESS_PATH_H
 
+#include <array>
+#include <cstddef>
+
 #include "address_space.h"
+#include "i2c_bus.h"
 #include "vek.h"
 
 namespace vek
 {
 
+/// The buses or register files of a kind by their channel number: none is null before the last. When the first is null,
+/// the path cannot reach that kind at all.
+template <typename Target, std::size_t Most>
+using Channels = std::array<Target*, Most>;
+
 /// One way to reach a card: who the card is and which of its address spaces the path carries. A space that the path
 /// cannot reach is null. The spaces belong to the path and live as long as the program.
 struct AccessPath {
-    AccessMode mode;                 ///< As get_s_type() reports it.
-    int card;                        ///< Card index.
-    unsigned deviceId;               ///< Chip id of the card, 0x201 or 0x202.
-    AddressSpace* registers;         ///< Register region.
-    BlockSpace* videoMemory;         ///< Video memory.
-    AddressSpace* kernelMemory;      ///< Kernel virtual memory of the host.
-    AddressSpace* amba;              ///< Internal AMBA bus.
-    AddressSpace* crtc;              ///< Register file of display controller 0, by index, bytes only.
-    AddressSpace* pciConfiguration;  ///< PCI configuration space, aligned longs only.
+    AccessMode mode;                     ///< As get_s_type() reports it.
+    int card;                            ///< Card index.
+    unsigned deviceId;                   ///< Chip id of the card, 0x201 or 0x202.
+    AddressSpace* registers;             ///< Register region.
+    BlockSpace* videoMemory;             ///< Video memory.
+    AddressSpace* kernelMemory;          ///< Kernel virtual memory of the host.
+    AddressSpace* amba;                  ///< Internal AMBA bus.
+    AddressSpace* crtc;                  ///< Register file of display controller 0, by index, bytes only.
+    AddressSpace* pciConfiguration;      ///< PCI configuration space, aligned longs only.
+    Channels<I2cBus, 4> i2c;             ///< The board's I2C channels.
+    Channels<I2cBus, 4> ddc;             ///< The display connectors' DDC channels.
+    Channels<AddressSpace, 2> hdmiPhys;  ///< Register files of the HDMI outputs' PHYs; output n is on DDC channel n.
 };
 
 }  // namespace vek

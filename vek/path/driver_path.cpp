@@ -5,6 +5,7 @@
 
 #include "card/chip_facts.h"
 #include "card/kernel_memory.h"
+#include "card/monitor_edids.h"
 #include "card/simulated_card.h"
 
 namespace vek
@@ -12,12 +13,42 @@ namespace vek
 namespace
 {
 
+constexpr BoardRecord kFirstBoard{
+    .chip = kQz201.deviceId,
+    .revision = 2,
+    .ddcChannels = kQz201.ddcChannels,
+    .name = "TV201-4G",
+    .serial = "TV20121170042",
+};
+
+constexpr BoardRecord kSecondBoard{
+    .chip = kQz202.deviceId,
+    .revision = 1,
+    .ddcChannels = kQz202.ddcChannels,
+    .name = "TV202-2G",
+    .serial = "TV20222030007",
+};
+
+constexpr AttachedMonitors kFirstMonitors{kMonitor1080p, kMonitor2160p, {}, kMonitorSxga};
+constexpr AttachedMonitors kSecondMonitors{kMonitorWuxga, {}, {}, {}};
+
 // Cards keep their state while the program runs, as cards in their slots do, whichever of them is open.
-constinit SimulatedCard firstCard{kQz201};
-constinit SimulatedCard secondCard{kQz202};
+constinit SimulatedCard firstCard{kQz201, kFirstBoard, kFirstMonitors};
+constinit SimulatedCard secondCard{kQz202, kSecondBoard, kSecondMonitors};
 
 // The host has one kernel, whatever card is open.
 constinit KernelMemory kernelMemory;
+
+/// The first `count` channels of a card.
+template <typename Target, std::size_t Most, typename ChannelOf>
+constexpr Channels<Target, Most> firstChannels(std::size_t count, ChannelOf channelOf)
+{
+    Channels<Target, Most> channels{};
+    for (std::size_t channel = 0; channel < count; ++channel) {
+        channels[channel] = channelOf(channel);
+    }
+    return channels;
+}
 
 constexpr AccessPath pathTo(int index, const ChipFacts& chip, SimulatedCard& card)
 {
@@ -31,6 +62,9 @@ constexpr AccessPath pathTo(int index, const ChipFacts& chip, SimulatedCard& car
         .amba = &card.amba,
         .crtc = &card.crtc,
         .pciConfiguration = &card.pciConfiguration,
+        .i2c = firstChannels<I2cBus, 4>(BoardI2cBuses::kChannels, [&](std::size_t n) { return card.i2c.bus(n); }),
+        .ddc = firstChannels<I2cBus, 4>(chip.ddcChannels, [&](std::size_t n) { return card.ddc[n].bus(); }),
+        .hdmiPhys = firstChannels<AddressSpace, 2>(chip.hdmiOutputs, [&](std::size_t n) { return &card.hdmiPhys[n]; }),
     };
 }
 

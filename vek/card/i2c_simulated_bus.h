@@ -1,0 +1,49 @@
+#ifndef VEK_CARD_I2C_SIMULATED_BUS_H
+#define VEK_CARD_I2C_SIMULATED_BUS_H
+
+#include <cstdint>
+#include <span>
+
+#include "card/i2c_device.h"
+#include "i2c_bus.h"
+
+namespace vek
+{
+
+/// A device at its 7-bit address.
+struct I2cSeat {
+    std::uint8_t address;
+    I2cDevice* device;
+};
+
+/// A bus with devices on it. The first of several at one address answers. Nothing holds the clock, so no step times
+/// out.
+class SimulatedI2cBus final : public I2cBus
+{
+public:
+    /// The seats have to live as long as the bus.
+    constexpr explicit SimulatedI2cBus(std::span<const I2cSeat> seats) : seats_(seats) {}
+
+    I2cStep start() override;
+    I2cStep write(std::uint8_t byte) override;
+    I2cByte read(bool acknowledge) override;
+    void stop() override;
+
+private:
+    enum class Phase : std::uint8_t {
+        kIdle,     ///< Free, or no device is selected: the data line stays high.
+        kAddress,  ///< After a start condition.
+        kWriting,
+        kReading,
+    };
+
+    bool select(std::uint8_t addressByte);
+
+    std::span<const I2cSeat> seats_;
+    I2cDevice* selected_ = nullptr;
+    Phase phase_ = Phase::kIdle;
+};
+
+}  // namespace vek
+
+#endif
