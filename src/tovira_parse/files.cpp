@@ -94,10 +94,13 @@ void closeCreatedFile(FILE* file, const char* name)
 void saveFile(const char* name, const void* contents, std::size_t size)
 {
     FILE* const file = name == nullptr ? nullptr : createFile(name);
-    if (file != nullptr) {
-        fwrite(contents, 1, size, file);
-        closeCreatedFile(file, name);
+    if (file == nullptr) {
+        return;
     }
+    if (size > 0) {
+        fwrite(contents, 1, size, file);
+    }
+    closeCreatedFile(file, name);
 }
 
 FileText readWholeFile(const char* name)
