@@ -134,7 +134,7 @@ TEST_F(CrtcRegisters, RunIsDumped)
     EXPECT_THAT(takeDeviceCalls(),
                 ElementsAre("vekCrtcReadByte(0xf)", "vekCrtcReadByte(0x10)", "vekCrtcReadByte(0x11)"));
     const std::string values = fill(0x31);
-    for (const std::size_t count : {1, 15, 16, 17, 32, 0x31}) {
+    for (const std::size_t count : {1U, 15U, 16U, 17U, 32U, 0x31U}) {
         EXPECT_EQ(enter("crbs 0 " + hex(count)), (Outcome{0, dump(0, values.substr(0, count)) + "\n"}));
         EXPECT_EQ(takeDeviceCalls().size(), count);
     }

@@ -45,7 +45,7 @@ INSTANTIATE_TEST_SUITE_P(Memory, RunWrite, ::testing::ValuesIn(itemRunCommands()
 
 TEST_P(RunWrite, WritesTheValueAtRisingAddresses)
 {
-    for (const std::size_t count : {1, 2, 17}) {
+    for (const std::size_t count : {1U, 2U, 17U}) {
         EXPECT_EQ(enter(it.writeRun() + hex(base) + ' ' + hex(count) + " a5"), Outcome{});
         EXPECT_THAT(takeDeviceCalls(), ElementsAreArray(it.writeCalls(base, count, 0xa5)));
         expectRemembered(base + count * size);

@@ -1,8 +1,8 @@
 // Runs of video memory and of the AMBA bus that are saved to a file.
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
+#include <cctype>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -51,7 +51,7 @@ INSTANTIATE_TEST_SUITE_P(Memory, SavedRun, ::testing::ValuesIn(savedRunCommands(
 
 TEST_P(SavedRun, HoldsTheItemsThatWereRead)
 {
-    for (const std::size_t count : {1, 2, 15, 16, 17, 0x41}) {
+    for (const std::size_t count : {1U, 2U, 15U, 16U, 17U, 0x41U}) {
         EXPECT_EQ(enter(readAt(base, hex(count) + " Dump.bin")), (Outcome{0, it.run(base, count)}));
         EXPECT_THAT(takeDeviceCalls(), ElementsAreArray(it.readCalls(base, count)));
         EXPECT_EQ(readFile(taken("Dump.bin")), it.contents(base, count * size)) << count;

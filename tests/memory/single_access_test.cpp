@@ -1,5 +1,6 @@
 // Single reads and writes of video memory, kernel memory and the AMBA bus.
 
+#include <cctype>
 #include <string>
 #include <vector>
 
