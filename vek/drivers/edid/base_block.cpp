@@ -188,12 +188,24 @@ void printChromaticity(Report& report, Bytes bytes)
     }
 }
 
+/// Whether a descriptor is that of range limits with CVT support (E-EDID 1.4, section 3.10.3.3).
+bool hasCvtSupport(Bytes descriptor)
+{
+    constexpr unsigned kRangeLimits = 0xFD;
+    constexpr unsigned kCvt = 4;
+    return descriptor.at16(0) == 0 && descriptor.at(3) == kRangeLimits && descriptor.at(10) == kCvt;
+}
+
+Bytes descriptorOf(Bytes block, std::size_t number)
+{
+    return block.part(kDescriptorsOffset + number * kDetailedTimingSize, kDetailedTimingSize);
+}
+
 void printDescriptors(Context& context, Bytes block)
 {
     const Group group(context.report, "Descriptors");
     for (std::size_t i = 0; i < kDescriptorCount; ++i) {
-        const std::size_t offset = kDescriptorsOffset + i * kDetailedTimingSize;
-        const Bytes descriptor = block.part(offset, kDetailedTimingSize);
+        const Bytes descriptor = descriptorOf(block, i);
         if (descriptor.size() < kDetailedTimingSize) {
             return;
         }
@@ -208,8 +220,7 @@ void printDescriptors(Context& context, Bytes block)
 void checkDescriptors(Context& context, Bytes block)
 {
     Report& report = context.report;
-    if (!isDetailedTiming(block.part(kDescriptorsOffset, kDetailedTimingSize)) &&
-        (context.revision >= 3 || block.bit(kFeatures, 1))) {
+    if (!isDetailedTiming(descriptorOf(block, 0)) && (context.revision >= 3 || block.bit(kFeatures, 1))) {
         report.finding("the first descriptor is not a detailed timing");
     }
     if (context.productNames == 0) {
@@ -274,6 +285,9 @@ void printBaseBlock(Context& context, Bytes block)
     }
     if (block.size() >= kStandardEnd) {
         const Group group(report, "Standard timings");
+        for (std::size_t i = 0; i < kDescriptorCount; ++i) {
+            context.cvtSupported |= context.revision >= 4 && hasCvtSupport(descriptorOf(block, i));
+        }
         printStandardTimings(context, block.part(kEstablishedEnd, kStandardEnd - kEstablishedEnd));
     }
     printDescriptors(context, block);

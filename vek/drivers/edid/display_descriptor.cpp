@@ -56,7 +56,9 @@ void printCvtSupport(Report& report, Bytes data, unsigned maximumClockMhz)
                                                      "Scaling: horizontal shrink"};
     const Group group(report, "CVT support");
     std::fprintf(report.line(), "CVT version: %u.%u\n", data.bits(6, 7, 4), data.bits(6, 3, 0));
-    std::fprintf(report.line(), "Maximum pixel clock, exact: %.2f MHz\n", maximumClockMhz - data.bits(7, 7, 2) / 4.0);
+    if (const unsigned less = data.bits(7, 7, 2)) {
+        std::fprintf(report.line(), "Maximum pixel clock, exact: %.2f MHz\n", maximumClockMhz - less / 4.0);
+    }
     if (const unsigned pixels = (data.at(8) | data.bits(7, 1, 0) << 8) * 8) {
         std::fprintf(report.line(), "Maximum active pixels per line: %u\n", pixels);
     } else {

@@ -378,12 +378,15 @@ void printDisplayIdBlock(Context& context, Bytes block)
         report.finding("DisplayID: the section reaches past the end of the block");
         return;
     }
-    const bool sumValid = section.part(0, kSectionHeaderSize + length + kChecksumSize).sum() == 0;
-    std::fprintf(report.line(), "Section checksum: 0x%02x (%s)\n", section.at(kSectionHeaderSize + length),
-                 sumValid ? "valid" : "invalid");
-    if (!sumValid) {
-        report.finding("DisplayID: the section's checksum is wrong");
+    const unsigned stated = section.at(kSectionHeaderSize + length);
+    const unsigned sum = section.part(0, kSectionHeaderSize + length + kChecksumSize).sum();
+    if (sum == 0) {
+        std::fprintf(report.line(), "Section checksum: 0x%02x (valid)\n", stated);
+        return;
     }
+    std::fprintf(report.line(), "Section checksum: 0x%02x (invalid, should be 0x%02x)\n", stated,
+                 (stated - sum) & 0xFF);
+    report.finding("DisplayID: the section's checksum is wrong");
 }
 
 }  // namespace vek::edid

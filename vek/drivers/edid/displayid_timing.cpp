@@ -37,6 +37,16 @@ void noteStereo(Report& report, unsigned code)
     }
 }
 
+/// DisplayID counts the lines of a frame, also of an interlaced one.
+Axis fieldOfFrame(Axis frame)
+{
+    frame.active /= 2;
+    frame.frontPorch /= 2;
+    frame.sync /= 2;
+    frame.backPorch /= 2;
+    return frame;
+}
+
 void checkTiming(Report& report, const char* name, const Timing& timing)
 {
     if (const char* const reason = impossibility(timing)) {
@@ -57,10 +67,11 @@ Axis longAxis(Bytes bytes)
 
 void printLongTiming(Report& report, const char* name, Bytes descriptor, const LongTimingKind& kind)
 {
+    const bool interlaced = descriptor.bit(3, 4);
+    const Axis vertical = longAxis(descriptor.from(12));
     const Timing timing{(static_cast<std::int64_t>(descriptor.at24(0)) + 1) * kind.clockUnitKhz,
-                        longAxis(descriptor.from(4)), longAxis(descriptor.from(12)),
-                        descriptor.bit(3, 4) ? Scan::kInterlaced : Scan::kProgressive,
-                        ratioOfCode(descriptor.bits(3, 3, 0))};
+                        longAxis(descriptor.from(4)), interlaced ? fieldOfFrame(vertical) : vertical,
+                        interlaced ? Scan::kInterlaced : Scan::kProgressive, ratioOfCode(descriptor.bits(3, 3, 0))};
     report.timing(name, timing, descriptor.bit(3, 7) ? kind.topOption : nullptr);
     report.timingParts(timing);
     noteStereo(report, descriptor.bits(3, 6, 5));
@@ -84,10 +95,11 @@ void printShortDetailedTiming(Report& report, const char* name, Bytes descriptor
                   0,
                   descriptor.bit(3, 2)};
     vertical.backPorch = count(descriptor.at(9)) - vertical.frontPorch - vertical.sync;
+    const bool interlaced = descriptor.bit(3, 4);
     const Timing timing{(static_cast<std::int64_t>(descriptor.at24(0)) + 1) * kClockUnitKhz,
                         horizontal,
-                        vertical,
-                        descriptor.bit(3, 4) ? Scan::kInterlaced : Scan::kProgressive,
+                        interlaced ? fieldOfFrame(vertical) : vertical,
+                        interlaced ? Scan::kInterlaced : Scan::kProgressive,
                         {0, 0}};
     report.timing(name, timing, descriptor.bit(3, 7) ? "preferred" : nullptr);
     report.timingParts(timing);

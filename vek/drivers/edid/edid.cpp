@@ -83,17 +83,37 @@ void printExtension(Context& context, Bytes block)
     }
 }
 
+/// What a block's last byte should be.
+unsigned expectedChecksum(Bytes block)
+{
+    return (block.at(kBlockSize - 1) - block.sum()) & 0xFF;
+}
+
+/// Noted before all else that may be wrong with a block, so that it is kept whatever follows.
+void checkChecksum(Report& report, Bytes block)
+{
+    const unsigned stated = block.at(kBlockSize - 1);
+    const unsigned expected = expectedChecksum(block);
+    if (block.size() < kBlockSize) {
+        std::snprintf(report.finding(), Report::kFindingLength, "the block has only %zu of %zu bytes", block.size(),
+                      kBlockSize);
+    } else if (stated != expected) {
+        std::snprintf(report.finding(), Report::kFindingLength, "the checksum is 0x%02x, should be 0x%02x", stated,
+                      expected);
+    }
+}
+
 void printChecksum(Report& report, Bytes block)
 {
     const unsigned stated = block.at(kBlockSize - 1);
-    const unsigned expected = (stated - block.sum()) & 0xFF;
-    if (stated == expected) {
+    const unsigned expected = expectedChecksum(block);
+    if (block.size() < kBlockSize) {
+        report.line("Checksum: missing");
+    } else if (stated == expected) {
         std::fprintf(report.line(), "Checksum: 0x%02x (valid)\n", stated);
-        return;
+    } else {
+        std::fprintf(report.line(), "Checksum: 0x%02x (invalid, should be 0x%02x)\n", stated, expected);
     }
-    std::fprintf(report.line(), "Checksum: 0x%02x (invalid, should be 0x%02x)\n", stated, expected);
-    std::snprintf(report.finding(), Report::kFindingLength, "the checksum is 0x%02x, should be 0x%02x", stated,
-                  expected);
 }
 
 void printBlock(Context& context, Bytes block, std::size_t number)
@@ -102,23 +122,20 @@ void printBlock(Context& context, Bytes block, std::size_t number)
     report.setBlock(number);
     std::fprintf(report.line(), "Block %zu, %s:\n", number, number == 0 ? "Base EDID" : extensionName(block.at(0)));
     const Group group(report);
+    checkChecksum(report, block);
     if (number == 0) {
         edid::printBaseBlock(context, block);
     } else {
         printExtension(context, block);
     }
-    if (block.size() == kBlockSize) {
-        printChecksum(report, block);
-    } else {
-        report.line("Checksum: missing");
-        std::snprintf(report.finding(), Report::kFindingLength, "the block has only %zu of %zu bytes", block.size(),
-                      kBlockSize);
-    }
+    printChecksum(report, block);
 }
 
 void checkBlockCount(Report& report, const EdidVerdict& verdict, std::size_t size)
 {
-    report.setBlock(0);
+    if (size == 0) {
+        report.finding("there are no bytes");
+    }
     if (verdict.wholeBlocks < verdict.declaredBlocks) {
         std::snprintf(report.finding(), Report::kFindingLength, "%zu of %zu declared blocks are missing",
                       verdict.declaredBlocks - verdict.wholeBlocks, verdict.declaredBlocks);
@@ -204,13 +221,10 @@ void printEdid(std::FILE* out, std::span<const std::uint8_t> edid, bool withExte
     Context context{report};
     const std::size_t wanted = withExtensions ? present : std::min<std::size_t>(present, 1);
     std::fprintf(report.line(), "EDID: %zu bytes\n", bytes.size());
+    checkBlockCount(report, verdict, bytes.size());
     for (std::size_t number = 0; number < wanted; ++number) {
         printBlock(context, blockOf(bytes, number), number);
     }
-    if (bytes.empty()) {
-        report.finding("there are no bytes");
-    }
-    checkBlockCount(report, verdict, bytes.size());
     report.printFindings();
 }
 

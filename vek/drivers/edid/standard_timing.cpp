@@ -59,13 +59,13 @@ bool bitFromTop(Bytes bytes, std::size_t number)
     return bytes.bit(number / 8, static_cast<unsigned>(7 - number % 8));
 }
 
-/// A mode that DMT does not list is one of CVT since EDID 1.4, and was one of GTF before.
+/// A mode that DMT does not list is one of GTF, or for a source of EDID 1.4 and a display with CVT one of CVT.
 void printFormulaTiming(Context& context, unsigned width, unsigned refresh, Ratio ratio)
 {
     const FormulaInput input{static_cast<std::int32_t>(width),
                              static_cast<std::int32_t>(width) * ratio.height / ratio.width,
                              static_cast<double>(refresh), ratio};
-    if (context.revision >= 4) {
+    if (context.cvtSupported) {
         context.report.timing("CVT", cvt(input), "source of EDID 1.4");
         context.report.timing("GTF", gtf(input), "source of EDID 1.3");
     } else {
@@ -153,9 +153,12 @@ void printCvtCode(Report& report, Bytes code)
         double hertz;
         bool reduced;
     };
-    constexpr unsigned kNeverPreferred = 4;
-    constexpr std::array<Rate, 5> kRates = {Rate{4, 0, 50, false}, Rate{3, 1, 60, false}, Rate{2, 2, 75, false},
-                                            Rate{1, 3, 85, false}, Rate{0, kNeverPreferred, 60, true}};
+    // A preferred rate of 60 Hz is that with reduced blanking when both are offered.
+    constexpr unsigned kStandard60 = 3;
+    constexpr unsigned kReduced60 = 0;
+    constexpr std::array<Rate, 5> kRates = {Rate{4, 0, 50, false}, Rate{kStandard60, 1, 60, false},
+                                            Rate{2, 2, 75, false}, Rate{1, 3, 85, false},
+                                            Rate{kReduced60, 1, 60, true}};
     constexpr std::array<Ratio, 4> kRatios = {Ratio{4, 3}, Ratio{16, 9}, Ratio{16, 10}, Ratio{15, 9}};
     const auto height = static_cast<std::int32_t>(((code.at(0) | code.bits(1, 7, 4) << 8) + 1) * 2);
     const Ratio ratio = kRatios[code.bits(1, 3, 2)];
@@ -165,9 +168,8 @@ void printCvtCode(Report& report, Bytes code)
             continue;
         }
         const FormulaInput input{width, height, rate.hertz, ratio};
-        // The preferred rate of 60 Hz is that of whichever blanking is offered.
         const bool preferred =
-            code.bits(2, 6, 5) == rate.preferred || (rate.reduced && code.bits(2, 6, 5) == 1 && !code.bit(2, 3));
+            code.bits(2, 6, 5) == rate.preferred && !(rate.bit == kStandard60 && code.bit(2, kReduced60));
         report.timing("CVT", rate.reduced ? cvtReducedBlanking(input) : cvt(input),
                       preferred ? "preferred vertical rate" : nullptr);
     }

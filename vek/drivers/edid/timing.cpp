@@ -42,7 +42,7 @@ std::int32_t cvtSyncLines(const FormulaInput& input)
     constexpr std::int32_t kOtherShape = 10;
     constexpr Shape kShapes[] = {{4, 3, 4}, {16, 9, 5}, {16, 10, 6}, {5, 4, 7}, {15, 9, 7}};
     for (const Shape& shape : kShapes) {
-        if (input.width == input.height * shape.width / shape.height / kCell * kCell) {
+        if (input.width * shape.height == input.height * shape.width) {
             return shape.lines;
         }
     }
@@ -76,17 +76,16 @@ Ratio pictureRatio(const Timing& timing)
     }
     const std::int32_t height = frameHeight(timing);
     const std::int32_t divisor = std::max(std::gcd(timing.horizontal.active, height), 1);
-    const Ratio lowest{timing.horizontal.active / divisor, height / divisor};
-    return lowest.width == 8 && lowest.height == 5 ? Ratio{16, 10} : lowest;
+    return {timing.horizontal.active / divisor, height / divisor};
 }
 
 Timing cvt(const FormulaInput& input)
 {
     constexpr std::int32_t kFrontPorch = 3;
-    constexpr std::int32_t kMinimumBackPorch = 6;
+    constexpr std::int32_t kMinimumBackPorch = 7;
     constexpr double kLeastBlanking = 20.0;  // percent
     constexpr double kClockSteps = 4.0;      // per MHz
-    const std::int32_t width = downTo(kCell, input.width);
+    const std::int32_t width = input.width;
     const std::int32_t sync = cvtSyncLines(input);
     const double period = (kMicroseconds / input.refreshHz - kMinimumSyncAndBackPorch) / (input.height + kFrontPorch);
     const std::int32_t syncAndBack =
@@ -141,14 +140,12 @@ Timing reducedBlanking(const FormulaInput& input, const ReducedBlanking& version
 
 Timing cvtReducedBlanking(const FormulaInput& input)
 {
-    return reducedBlanking(input,
-                           {{downTo(kCell, input.width), 48, 32, 80, 0, true}, 3, cvtSyncLines(input), 6, false, 4.0});
+    return reducedBlanking(input, {{input.width, 48, 32, 80, 0, true}, 3, cvtSyncLines(input), 7, false, 4.0});
 }
 
 Timing cvtReducedBlanking2(const FormulaInput& input)
 {
-    Timing result = reducedBlanking(input, {{input.width, 8, 32, 40, 0, true}, 1, 8, 6, true, 1000.0});
-    return result;
+    return reducedBlanking(input, {{input.width, 8, 32, 40, 0, true}, 1, 8, 6, true, 1000.0});
 }
 
 Timing gtf(const FormulaInput& input)
