@@ -7,7 +7,8 @@
  *
  * Conventions common to all functions, unless a function says otherwise:
  * - The result is 0 (or a value that is not negative) on success and negative on failure. A caller tests for "negative"
- *   only: another library behind the same names may use other codes than enum VekResult.
+ *   only: another library behind the same names may use other codes than enum VekResult. The I2C, DDC, HDMI and
+ *   DisplayPort functions answer 0 and nothing else on success, and a caller takes any other value as a failure.
  * - With no path open a function answers VEK_NO_PATH and touches nothing. Only what needs no card works then: the open
  *   functions, vekClose(), get_device_id(), doGetDeviceId(), vekI2cErrString(), vekPowerStateName(), dump_vram(),
  *   edid_print_helper(), and do_edid_parse() of a file.
@@ -262,8 +263,10 @@ int vekMultiVramReadLong(uint32_t* buffer, uint64_t address, int count, const ch
 
 /** Writes a run of longs of video memory: value over and over, or with a file name its longs (the format that
     vekMultiVramReadLong() writes; value is not looked at). A file that holds fewer than count longs is written as far
-    as it reaches and answers VEK_BAD_DATA; one that cannot be read changes nothing.
-    @param address byte address of the first long @param count number of longs, 0 or more @param file name, or null */
+    as it reaches, whole longs only, and answers VEK_BAD_DATA; one that cannot be opened changes nothing.
+    @param address byte address of the first long @param count number of longs, 0 or more; those outside of the memory
+    are not written and make the result VEK_NO_RESPONSE @param file name, or null
+    @return VEK_IO_ERROR when the file cannot be opened or read */
 int vekMultVramWriteLong(uint32_t value, uint64_t address, int count, const char* file);
 
 /** Prints a buffer as a dump, four longs a line: "%08lx:" with the address of the first, each long as " %08x", two
@@ -316,7 +319,8 @@ int vekKmemWriteQuad(uint64_t address, uint64_t value);
 
 /* ---- AMBA bus ------------------------------------------------------------------------------------------------ */
 
-/* The card's internal AMBA bus: registers at 0x1000000, windows onto the card's memories elsewhere.
+/* The card's internal AMBA bus: registers at 0x1000000; on the simulated card 1 MiB of board
+   memory at 0x20000000 and the first GiB of video memory at 0x40000000 as well.
    Items may lie at any alignment and are little-endian. An item that is not wholly inside answers VEK_NO_RESPONSE. */
 
 /** Reads the byte at a bus address, in one access of exactly that width where it is aligned.
@@ -353,10 +357,11 @@ int vekAmbaWriteQuad(uint64_t address, uint64_t value);
 
 /* ---- CRTC registers and PCI configuration space -------------------------------------------------------------- */
 
-/** Reads a register of display controller 0. @param index register number */
+/** Reads a register of display controller 0. @param index register number, 0 to 0xfff @param value receives it; all
+   ones for any other index, which answers VEK_NO_RESPONSE */
 int vekCrtcReadByte(uint32_t index, uint8_t* value);
 
-/** Writes a register of display controller 0. @param index register number */
+/** Writes a register of display controller 0. @param index register number, 0 to 0xfff, else VEK_NO_RESPONSE */
 int vekCrtcWriteByte(uint32_t index, uint8_t value);
 
 /** Reads a double word of the selected card's PCI configuration space (function 0). @param offset byte offset, a

@@ -1,7 +1,9 @@
 // The entry point: opens one access path to a card and runs the console over it.
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -14,7 +16,18 @@
 namespace
 {
 
-// Output to a pipe or a file goes out in large pieces from memory that need not be asked for; a terminal keeps its lines.
+// A file or a device that is opened later must not take the place of a standard stream that is closed.
+void occupyStandardStreams()
+{
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) < 0) {
+            open("/dev/null", O_RDWR);
+        }
+    }
+}
+
+// Output to a pipe or a file goes out in large pieces from memory that need not be asked for; a terminal keeps its
+// lines.
 void prepareOutput()
 {
     constexpr std::size_t kOutputBuffer = 0x10000;
@@ -55,12 +68,15 @@ void runConsole()
 
 int main(int argc, char** argv)
 {
+    occupyStandardStreams();
     prepareOutput();
+    // A file that meets the limit of its size fails like one on a full disk.
+    signal(SIGXFSZ, SIG_IGN);
     StartOptions options = {.commandText = "", .openResult = 0, .interactive = 1};
     options_parse_args(&options, argc, argv);
     if (options.openResult != 0) {
         announceOpenedPath();
-    } else if (!openDriverDevice(argv[0])) {
+    } else if (!openDriverDevice(argc > 0 ? argv[0] : "tovira_util_tool")) {
         return EXIT_FAILURE;
     }
     if (options.interactive == 1) {

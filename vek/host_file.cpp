@@ -38,21 +38,31 @@ int openRegular(const char* name)
     if (descriptor < 0) {
         return -1;
     }
-    struct stat status {
-    };
+    struct stat status = {};
     if (fstat(descriptor, &status) < 0) {
         return reject(descriptor, errno);
     }
     if (!S_ISREG(status.st_mode)) {
         return reject(descriptor, S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
     }
-    return blocking(descriptor);
+    // Left without waiting: some files of the kernel's are regular by name and still keep a reader waiting.
+    return descriptor;
 }
 
 int create(const char* name)
 {
     const int descriptor = ::open(name, O_WRONLY | O_CREAT | O_TRUNC | kOpenFlags, kNewFileMode);
-    return descriptor < 0 ? -1 : blocking(descriptor);
+    if (descriptor < 0) {
+        return -1;
+    }
+    struct stat status = {};
+    if (fstat(descriptor, &status) < 0) {
+        return reject(descriptor, errno);
+    }
+    if (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode)) {
+        return reject(descriptor, EINVAL);
+    }
+    return blocking(descriptor);
 }
 
 }  // namespace

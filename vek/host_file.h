@@ -6,14 +6,16 @@
 namespace vek
 {
 
-/// An open file of the host, closed at the end of its scope. No open can hang, whatever the name turns out to be.
+/// An open file of the host, closed at the end of its scope. Nothing here waits for another program, whatever the name
+/// turns out to be.
 class HostFile
 {
 public:
     /// Opens a regular file for reading. Anything else (a FIFO, a device) is refused, with errno EINVAL.
     static HostFile openToRead(const char* name);
 
-    /// Creates a file, or empties the one that is there, for writing. A FIFO is opened only if it has a reader.
+    /// Creates a file, or empties the one that is there, for writing. A FIFO or a socket is refused, with errno EINVAL:
+    /// its reader may be slow, and a signal would end the program when it leaves.
     static HostFile openToWrite(const char* name);
 
     ~HostFile();

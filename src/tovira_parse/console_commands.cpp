@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string_view>
 
 #include "tovira_parse/command_table.h"
@@ -53,10 +51,6 @@ int explainCommand(char* word)
     }
     return kStatusDone;
 }
-
-struct FreeMemory {
-    void operator()(char* memory) const { free(memory); }
-};
 
 // The first piece decides how much of every piece is run: a longer one is cut to its length.
 void runPieces(char* text)
@@ -118,14 +112,14 @@ int doLoad(char* cmdText, int /*repeat*/)
         return kStatusDone;
     }
     const FileText file = readWholeFile(name);
-    // An end of the console rather than an error of the command: a script that is not there must not be passed over.
+    // An end of the console rather than an error of the command: what was to follow the script must not run without it.
+    // Inside another file it is passed over with its line, as the results of all commands of a file are.
     if (file.text == nullptr) {
         perror(file.outOfMemory ? "Malloc buf failed" : "Open file failed");
         return kStatusQuit;
     }
-    const std::unique_ptr<char, FreeMemory> text(file.text);
     ++loadDepth;
-    runPieces(text.get());
+    runPieces(file.text.get());
     --loadDepth;
     return kStatusDone;
 }

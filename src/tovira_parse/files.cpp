@@ -6,17 +6,47 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <utility>
 
 namespace
 {
 
-// Opening a FIFO waits for its other end unless told not to; the reads and writes that follow may wait as usual.
+// Opening a FIFO waits for its other end unless told not to.
 int openWithoutWaiting(const char* name, int flags)
 {
     constexpr mode_t kNewFileMode = 0666;
-    const int descriptor = open(name, flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kNewFileMode);
-    if (descriptor >= 0) {
-        fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+    return open(name, flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kNewFileMode);
+}
+
+int closeKeepingErrno(int descriptor)
+{
+    const int reason = errno;
+    close(descriptor);
+    errno = reason;
+    return -1;
+}
+
+// A writer waits for a slow reader of a FIFO, and a signal ends it when the reader leaves.
+bool hasOtherEnd(int descriptor)
+{
+    struct stat status = {};
+    return fstat(descriptor, &status) != 0 || S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode);
+}
+
+// A descriptor for writing to a file of its own, or -1 with errno set.
+int openToWrite(const char* name)
+{
+    const int descriptor = openWithoutWaiting(name, O_WRONLY | O_CREAT | O_TRUNC);
+    if (descriptor < 0) {
+        return -1;
+    }
+    if (hasOtherEnd(descriptor)) {
+        errno = EINVAL;
+        return closeKeepingErrno(descriptor);
+    }
+    const int flags = fcntl(descriptor, F_GETFL);
+    if (flags < 0 || fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) != 0) {
+        return closeKeepingErrno(descriptor);
     }
     return descriptor;
 }
@@ -60,27 +90,31 @@ FileText readDescriptor(int descriptor)
     if (size < 0) {
         return {nullptr, false};
     }
-    auto* const text = static_cast<char*>(malloc(static_cast<std::size_t>(size) + 1));
+    HeapPointer<char> text(static_cast<char*>(malloc(static_cast<std::size_t>(size) + 1)));
     if (text == nullptr) {
         return {nullptr, true};
     }
-    const ssize_t got = readUpTo(descriptor, text, static_cast<std::size_t>(size));
+    const ssize_t got = readUpTo(descriptor, text.get(), static_cast<std::size_t>(size));
     if (got < 0) {
-        const int reason = errno;
-        free(text);
-        errno = reason;
         return {nullptr, false};
     }
-    text[got] = '\0';
-    return {text, false};
+    text.get()[got] = '\0';
+    return {std::move(text), false};
 }
 
 }  // namespace
 
 FILE* createFile(const char* name)
 {
-    const int descriptor = openWithoutWaiting(name, O_WRONLY | O_CREAT | O_TRUNC);
-    return descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
+    const int descriptor = openToWrite(name);
+    if (descriptor < 0) {
+        return nullptr;
+    }
+    FILE* const file = fdopen(descriptor, "wb");
+    if (file == nullptr) {
+        closeKeepingErrno(descriptor);
+    }
+    return file;
 }
 
 void closeCreatedFile(FILE* file, const char* name)
@@ -105,13 +139,12 @@ void saveFile(const char* name, const void* contents, std::size_t size)
 
 FileText readWholeFile(const char* name)
 {
+    // Left without waiting: some files of the kernel's are regular by name and still keep a reader waiting.
     const int descriptor = openWithoutWaiting(name, O_RDONLY);
     if (descriptor < 0) {
         return {nullptr, false};
     }
-    const FileText contents = readDescriptor(descriptor);
-    const int reason = errno;
-    close(descriptor);
-    errno = reason;
+    FileText contents = readDescriptor(descriptor);
+    closeKeepingErrno(descriptor);
     return contents;
 }

@@ -1,10 +1,12 @@
-/// Files that commands read and write. The names come from whoever types, and the program runs as root: a FIFO with
-/// nobody at its other end or a directory must be refused, never waited for.
+/// Files that commands read and write. The names come from whoever types, and the program runs as root: what may keep a
+/// reader or writer waiting, or end it when the other end leaves, is refused, as FIFOs, sockets and directories are.
 #ifndef TOVIRA_PARSE_FILES_H
 #define TOVIRA_PARSE_FILES_H
 
 #include <cstddef>
 #include <cstdio>
+
+#include "tovira_parse/heap.h"
 
 /// Creates or truncates a file for raw output (mode "wb"). Null when that cannot be done; errno then tells why.
 FILE* createFile(const char* name);
@@ -18,8 +20,8 @@ void saveFile(const char* name, const void* contents, std::size_t size);
 
 /// The whole contents of a file, terminated with a NUL behind them.
 struct FileText {
-    char* text;        ///< owned by the caller, who frees it with free(); null when it could not be had
-    bool outOfMemory;  ///< tells a failed allocation from a file that could not be opened or read
+    HeapPointer<char> text;  ///< null when it could not be had
+    bool outOfMemory;        ///< tells a failed allocation from a file that could not be opened or read
 };
 
 /// Reads a file whole. On failure `text` is null and errno tells why.

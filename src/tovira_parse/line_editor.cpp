@@ -136,11 +136,11 @@ const char* historyEntry(int slot)
     return slot < 0 ? "" : oldCmdLines[slot];
 }
 
+// Before the first slot lies the last one once the ring has wrapped, and nothing until then.
 void selectOlder()
 {
-    if (oldCmdIndex > 0) {
-        --oldCmdIndex;
-    } else if (overMaxCmdCnt != 0) {
+    --oldCmdIndex;
+    if (oldCmdIndex < 0 && overMaxCmdCnt != 0) {
         oldCmdIndex = kHistorySize - 1;
     }
 }

@@ -26,7 +26,7 @@ constexpr option long_options[] = {
     {nullptr, 0, nullptr, 0},
 };
 
-constexpr std::uint32_t kCards = 4;
+constexpr std::uint64_t kCards = 4;
 
 constexpr int kDefaultBaudRate = 9600;
 constexpr std::size_t kLongestSerialName = 26;
@@ -35,7 +35,7 @@ constexpr std::size_t kLongestSerialName = 26;
 // to come first.
 void doParseCard(const char* secondWord)
 {
-    const auto card = static_cast<std::uint32_t>(htoi(secondWord == nullptr ? "" : secondWord));
+    const auto card = static_cast<std::uint64_t>(htoi(secondWord == nullptr ? "" : secondWord));
     if (card < kCards) {
         set_card = static_cast<std::int32_t>(card);
     } else {

@@ -22,8 +22,19 @@ bool applyRawSettings()
     return tcsetattr(STDIN_FILENO, TCSANOW, &raw) == 0;
 }
 
+sigset_t guardedSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signalNumber : kGuardedSignals) {
+        sigaddset(&signals, signalNumber);
+    }
+    return signals;
+}
+
 // Lets the signal have its default effect with the terminal as it was. Only a stop comes back from that: the settings
-// are then saved afresh, since the shell may have changed them meanwhile. Async-signal-safe calls only.
+// are then saved afresh, since the shell may have changed them meanwhile. Async-signal-safe calls only; all guarded
+// signals are blocked while it runs, but for the one that it delivers, at that moment.
 void deliverWithTerminalRestored(int signalNumber)
 {
     const int savedErrno = errno;
@@ -36,12 +47,13 @@ void deliverWithTerminalRestored(int signalNumber)
     struct sigaction ownAction = {};
     defaultAction.sa_handler = SIG_DFL;
     sigaction(signalNumber, &defaultAction, &ownAction);
-    sigset_t unblocked;
-    sigemptyset(&unblocked);
-    sigaddset(&unblocked, signalNumber);
+    sigset_t delivered;
+    sigemptyset(&delivered);
+    sigaddset(&delivered, signalNumber);
     raise(signalNumber);
-    sigprocmask(SIG_UNBLOCK, &unblocked, nullptr);
+    sigprocmask(SIG_UNBLOCK, &delivered, nullptr);
 
+    sigprocmask(SIG_BLOCK, &delivered, nullptr);
     sigaction(signalNumber, &ownAction, nullptr);
     if (wasRaw && tcgetattr(STDIN_FILENO, &savedSettings) == 0) {
         applyRawSettings();
@@ -64,32 +76,42 @@ void guardSignals()
         }
         action = {};
         action.sa_handler = deliverWithTerminalRestored;
+        action.sa_mask = guardedSignals();
         action.sa_flags = SA_RESTART;
         sigaction(signalNumber, &action, nullptr);
     }
+}
+
+// Runs a change of the terminal with the guarded signals held back, so that none of them meets it half made.
+template <typename Change>
+bool changeTerminal(Change change)
+{
+    const sigset_t signals = guardedSignals();
+    sigset_t before;
+    sigprocmask(SIG_BLOCK, &signals, &before);
+    const bool changed = change();
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    return changed;
 }
 
 }  // namespace
 
 bool enterRawTerminal()
 {
-    if (tcgetattr(STDIN_FILENO, &savedSettings) != 0) {
-        return false;
-    }
     guardSignals();
-    isRaw = 1;
-    if (!applyRawSettings()) {
-        isRaw = 0;
-        return false;
-    }
-    return true;
+    return changeTerminal([] {
+        const bool entered = tcgetattr(STDIN_FILENO, &savedSettings) == 0 && applyRawSettings();
+        isRaw = entered ? 1 : 0;
+        return entered;
+    });
 }
 
 bool leaveRawTerminal()
 {
-    const bool restored = tcsetattr(STDIN_FILENO, TCSANOW, &savedSettings) == 0;
-    isRaw = 0;
-    return restored;
+    return changeTerminal([] {
+        isRaw = 0;
+        return tcsetattr(STDIN_FILENO, TCSANOW, &savedSettings) == 0;
+    });
 }
 
 void flushTerminalOutput()

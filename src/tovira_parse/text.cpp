@@ -1,5 +1,7 @@
 #include "tovira_parse/text.h"
 
+#include "tovira_parse/numbers.h"
+
 namespace
 {
 
@@ -33,6 +35,16 @@ char* Tokens::keyword()
     return token;
 }
 
+bool Tokens::number(std::uint32_t& value)
+{
+    const char* const token = argument();
+    if (token == nullptr) {
+        return false;
+    }
+    value = static_cast<std::uint32_t>(htoi(token));
+    return true;
+}
+
 char* Tokens::next(const DelimiterSet& delimiters)
 {
     while (*rest != '\0' && delimiters.contains(*rest)) {
@@ -42,6 +54,7 @@ char* Tokens::next(const DelimiterSet& delimiters)
         return nullptr;
     }
     char* const token = rest;
+    last = token;
     while (*rest != '\0' && !delimiters.contains(*rest)) {
         ++rest;
     }

@@ -3,6 +3,7 @@
 #define TOVIRA_PARSE_TEXT_H
 
 #include <array>
+#include <cstdint>
 #include <string_view>
 
 /// A set of characters between tokens.
@@ -31,7 +32,8 @@ void lowerCase(char* text);
 
 /// Splits a modifiable text into tokens. A token stays valid as long as the text does.
 struct Tokens {
-    char* rest;  ///< what has not been split yet
+    char* rest;                  ///< what has not been split yet
+    const char* last = nullptr;  ///< the token taken last
 
     /// The command word, or null when the text holds none.
     char* word() { return next(kWordDelimiters); }
@@ -39,6 +41,8 @@ struct Tokens {
     char* argument() { return next(kArgumentDelimiters); }
     /// The next argument in upper case, as keywords are compared; null when there is none.
     char* keyword();
+    /// Takes the next argument as a hexadecimal number, its low 32 bits. False when there is none.
+    bool number(std::uint32_t& value);
     /// The next run of characters that are not among the delimiters, or null when there is none.
     char* next(const DelimiterSet& delimiters);
 };

@@ -7,7 +7,6 @@
 
 #include "tovira_parse/files.h"
 #include "tovira_parse/handlers.h"
-#include "tovira_parse/numbers.h"
 #include "tovira_parse/text.h"
 #include "util_cmd.h"
 #include "vek.h"
@@ -32,11 +31,11 @@ int doDDC(char* cmdText, int /*repeat*/)
 {
     Tokens tokens{cmdText};
     tokens.word();
-    const char* const typedChannel = tokens.argument();
-    if (typedChannel == nullptr) {
+    std::uint32_t typedChannel = 0;
+    if (!tokens.number(typedChannel)) {
         return kStatusBadArgument;
     }
-    const std::int32_t channel = htoi32(typedChannel);
+    const auto channel = static_cast<std::int32_t>(typedChannel);
     int length = 0;
     std::uint8_t* edid = nullptr;
     int valid = 0;

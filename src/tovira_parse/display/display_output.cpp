@@ -8,7 +8,7 @@ void printRunItem(const RegisterRunLayout& layout, int index, std::uint32_t addr
         printf(" %0*x", layout.digits, value);
         return;
     }
-    printf("%s%08x: %0*x", index == 0 ? "" : "\n", address, layout.digits, value);
+    printf("%s%0*x: %0*x", index == 0 ? "" : "\n", layout.addressDigits, address, layout.digits, value);
 }
 
 void printDisplayMode(const char* output, int channel, const VekDisplayMode& mode)

@@ -9,7 +9,8 @@
 /// How a run of registers stands on the screen.
 struct RegisterRunLayout {
     int itemsPerLine;
-    int digits;  ///< fewest digits of an item
+    int addressDigits;  ///< fewest digits of the address that leads a line
+    int digits;         ///< fewest digits of an item
 };
 
 /// Prints item `index` (from 0) of a run: behind the item before it, or on a new line led by its address. The first

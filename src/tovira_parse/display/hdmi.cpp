@@ -6,7 +6,6 @@
 
 #include "tovira_parse/display/display_output.h"
 #include "tovira_parse/handlers.h"
-#include "tovira_parse/numbers.h"
 #include "tovira_parse/text.h"
 #include "util_cmd.h"
 #include "vek.h"
@@ -14,36 +13,16 @@
 namespace
 {
 
-constexpr RegisterRunLayout kPhyRun = {.itemsPerLine = 4, .digits = 8};
+constexpr RegisterRunLayout kPhyRun = {.itemsPerLine = 4, .addressDigits = 8, .digits = 8};
 constexpr std::uint32_t kPhyRegisterStride = 4;
 
-// An `hdmi` command while its tokens are consumed.
+// An `hdmi` command while its tokens are taken.
 struct HdmiCommand {
     Tokens tokens;
     std::int32_t channel;
-    const char* last;  // the token consumed last, with which the keywords are compared
 
-    bool lastIs(std::string_view keyword) const { return last == keyword; }
-
-    // Consumes the operation behind a keyword. False when there is none.
-    bool takeOperation()
-    {
-        const char* const token = tokens.keyword();
-        last = token == nullptr ? last : token;
-        return token != nullptr;
-    }
-
-    // Consumes a required number. False when there is none.
-    bool takeNumber(std::uint32_t& number)
-    {
-        const char* const token = tokens.argument();
-        if (token == nullptr) {
-            return false;
-        }
-        last = token;
-        number = static_cast<std::uint32_t>(htoi(token));
-        return true;
-    }
+    // The token taken last is what the keywords and the operations are compared with.
+    bool lastIs(std::string_view keyword) const { return tokens.last == keyword; }
 };
 
 void reportFailure(int result, std::int32_t channel, const char* work)
@@ -56,7 +35,7 @@ void reportFailure(int result, std::int32_t channel, const char* work)
 int readPhyRegister(HdmiCommand& command)
 {
     std::uint32_t address = 0;
-    if (!command.takeNumber(address)) {
+    if (!command.tokens.number(address)) {
         return kStatusBadArgument;
     }
     std::uint16_t value = 0;
@@ -72,7 +51,7 @@ int readPhyRun(HdmiCommand& command)
 {
     std::uint32_t start = 0;
     std::uint32_t typedCount = 0;
-    if (!command.takeNumber(start) || !command.takeNumber(typedCount)) {
+    if (!command.tokens.number(start) || !command.tokens.number(typedCount)) {
         return kStatusBadArgument;
     }
     const auto count = static_cast<std::int32_t>(typedCount);
@@ -93,7 +72,7 @@ int writePhyRegister(HdmiCommand& command)
 {
     std::uint32_t address = 0;
     std::uint32_t typedValue = 0;
-    if (!command.takeNumber(address) || !command.takeNumber(typedValue)) {
+    if (!command.tokens.number(address) || !command.tokens.number(typedValue)) {
         return kStatusBadArgument;
     }
     const auto value = static_cast<std::uint16_t>(typedValue);
@@ -105,7 +84,7 @@ int writePhyRegister(HdmiCommand& command)
 
 int runPhy(HdmiCommand& command)
 {
-    if (!command.takeOperation()) {
+    if (command.tokens.keyword() == nullptr) {
         return kStatusBadArgument;
     }
     if (command.lastIs("R")) {
@@ -129,7 +108,7 @@ int runPhy(HdmiCommand& command)
 
 int runHotPlug(HdmiCommand& command)
 {
-    if (!command.takeOperation()) {
+    if (command.tokens.keyword() == nullptr) {
         return kStatusBadArgument;
     }
     if (command.lastIs("R")) {
@@ -147,7 +126,7 @@ int readDdcByte(HdmiCommand& command)
 {
     std::uint32_t slave = 0;
     std::uint32_t subAddress = 0;
-    if (!command.takeNumber(slave) || !command.takeNumber(subAddress)) {
+    if (!command.tokens.number(slave) || !command.tokens.number(subAddress)) {
         return kStatusBadArgument;
     }
     std::uint8_t value = 0;
@@ -165,7 +144,7 @@ int writeDdcByte(HdmiCommand& command)
     std::uint32_t slave = 0;
     std::uint32_t subAddress = 0;
     std::uint32_t typedValue = 0;
-    if (!command.takeNumber(slave) || !command.takeNumber(subAddress) || !command.takeNumber(typedValue)) {
+    if (!command.tokens.number(slave) || !command.tokens.number(subAddress) || !command.tokens.number(typedValue)) {
         return kStatusBadArgument;
     }
     const auto value = static_cast<std::uint8_t>(typedValue);
@@ -178,7 +157,7 @@ int writeDdcByte(HdmiCommand& command)
 
 int runDdc(HdmiCommand& command)
 {
-    if (!command.takeOperation()) {
+    if (command.tokens.keyword() == nullptr) {
         return kStatusBadArgument;
     }
     if (command.lastIs("I")) {
@@ -200,7 +179,7 @@ int runDdc(HdmiCommand& command)
 
 int runEdid(HdmiCommand& command)
 {
-    if (!command.takeOperation()) {
+    if (command.tokens.keyword() == nullptr) {
         return kStatusBadArgument;
     }
     if (command.lastIs("R")) {
@@ -230,10 +209,10 @@ constexpr Keyword kKeywords[] = {
 
 int doHdmi(char* cmdText, int /*repeat*/)
 {
-    HdmiCommand command{.tokens = {cmdText}, .channel = 0, .last = nullptr};
+    HdmiCommand command{.tokens = {cmdText}, .channel = 0};
     command.tokens.word();
     std::uint32_t channel = 0;
-    if (!command.takeNumber(channel) || !command.takeOperation()) {
+    if (!command.tokens.number(channel) || command.tokens.keyword() == nullptr) {
         return kStatusBadArgument;
     }
     command.channel = static_cast<std::int32_t>(channel);

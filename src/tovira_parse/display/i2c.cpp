@@ -6,9 +6,9 @@
 #include <cstdio>
 #include <string_view>
 
+#include "tovira_parse/display/display_output.h"
 #include "tovira_parse/files.h"
 #include "tovira_parse/handlers.h"
-#include "tovira_parse/numbers.h"
 #include "tovira_parse/text.h"
 #include "util_cmd.h"
 #include "vek.h"
@@ -17,7 +17,7 @@ namespace
 {
 
 constexpr std::int32_t kLongestBlock = 256;
-constexpr int kBytesPerLine = 16;
+constexpr RegisterRunLayout kBlock = {.itemsPerLine = 16, .addressDigits = 4, .digits = 2};
 
 // The target of all transfers, chosen with `i2c set`.
 std::int32_t channel = 0;
@@ -25,19 +25,17 @@ std::uint32_t devadr = 0;
 
 int reportTransferError(int error)
 {
-    printf("I2C error: %s\n", vekI2cErrString(error));
+    const char* const text = vekI2cErrString(error);
+    printf("I2C error: %s\n", text == nullptr ? "unknown" : text);
     return kStatusDone;
 }
 
 int setTarget(Tokens& arguments)
 {
-    const char* const typedChannel = arguments.argument();
-    const char* const typedDevice = typedChannel == nullptr ? nullptr : arguments.argument();
-    if (typedChannel != nullptr) {
-        channel = htoi32(typedChannel);
-    }
-    if (typedDevice != nullptr) {
-        devadr = static_cast<std::uint32_t>(htoi(typedDevice));
+    auto typedChannel = static_cast<std::uint32_t>(channel);
+    if (arguments.number(typedChannel)) {
+        channel = static_cast<std::int32_t>(typedChannel);
+        arguments.number(devadr);
     }
     printf("Set I2C to channel %d with device address 0x%02x (7-bit)\n", channel, devadr);
     return kStatusDone;
@@ -45,11 +43,10 @@ int setTarget(Tokens& arguments)
 
 int readOneByte(Tokens& arguments)
 {
-    const char* const typedSubAddress = arguments.argument();
-    if (typedSubAddress == nullptr) {
+    std::uint32_t subAddress = 0;
+    if (!arguments.number(subAddress)) {
         return kStatusBadArgument;
     }
-    const auto subAddress = static_cast<std::uint32_t>(htoi(typedSubAddress));
     std::uint8_t byte = 0;
     const int error = vekI2cRead(channel, devadr, subAddress, 1, &byte);
     if (error != 0) {
@@ -61,36 +58,35 @@ int readOneByte(Tokens& arguments)
 
 int writeOneByte(Tokens& arguments)
 {
-    const char* const typedSubAddress = arguments.argument();
-    const char* const typedValue = arguments.argument();
-    if (typedValue == nullptr) {
+    std::uint32_t subAddress = 0;
+    std::uint32_t value = 0;
+    if (!arguments.number(subAddress) || !arguments.number(value)) {
         return kStatusBadArgument;
     }
-    const auto byte = static_cast<std::uint8_t>(htoi(typedValue));
-    const int error = vekI2cWrite(channel, devadr, static_cast<std::uint32_t>(htoi(typedSubAddress)), 1, &byte);
+    const auto byte = static_cast<std::uint8_t>(value);
+    const int error = vekI2cWrite(channel, devadr, subAddress, 1, &byte);
     return error != 0 ? reportTransferError(error) : kStatusDone;
 }
 
 void printBlock(std::uint32_t subAddress, const std::uint8_t* bytes, std::int32_t count)
 {
     for (std::int32_t i = 0; i < count; ++i) {
-        if (i % kBytesPerLine == 0) {
-            printf("%s%04x:", i == 0 ? "" : "\n", subAddress + static_cast<std::uint32_t>(i));
-        }
-        printf(" %02x", bytes[i]);
+        printRunItem(kBlock, i, subAddress + static_cast<std::uint32_t>(i), bytes[i]);
     }
     putchar('\n');
 }
 
 int readBlock(Tokens& arguments)
 {
-    const char* const typedSubAddress = arguments.argument();
-    const char* const typedCount = arguments.argument();
-    if (typedCount == nullptr || htoi32(typedCount) < 0) {
+    std::uint32_t subAddress = 0;
+    std::uint32_t typedCount = 0;
+    if (!arguments.number(subAddress) || !arguments.number(typedCount)) {
         return kStatusBadArgument;
     }
-    const auto subAddress = static_cast<std::uint32_t>(htoi(typedSubAddress));
-    const std::int32_t count = std::min(htoi32(typedCount), kLongestBlock);
+    const std::int32_t count = std::min(static_cast<std::int32_t>(typedCount), kLongestBlock);
+    if (count < 0) {
+        return kStatusBadArgument;
+    }
     std::array<std::uint8_t, kLongestBlock> bytes{};
     const int error = vekI2cRead(channel, devadr, subAddress, count, bytes.data());
     if (error != 0) {

@@ -23,6 +23,8 @@ constexpr MemoryFamily kAmbaBus = {
     // Runs are those of a memory: a read goes on behind a fill, and a file holds the values shown.
     .runWriteMoves = true,
     .runFile = RunFile::kWrittenAfter,
+    // File names keep the case in which they were typed, alone among the memory families: the word is split off first.
+    .runCasing = UpperCasing::kWordOnly,
 };
 
 }  // namespace
@@ -36,6 +38,5 @@ int doAmba(char* cmdText, int repeat)
 int doMultAmba(char* cmdText, int repeat)
 {
     static std::uint64_t oldOffset = 0;
-    // File names keep the case in which they were typed, here alone.
-    return runRunCommand(kAmbaBus, cmdText, repeat, UpperCasing::kWordOnly, oldOffset);
+    return runRunCommand(kAmbaBus, cmdText, repeat, oldOffset);
 }

@@ -30,11 +30,13 @@ constexpr MemoryFamily kCrtcRegisters = {
     .itemPrefix = "CRTC0 ",
     .itemDigits = 2,
     .runDigits = 8,
+    // Registers, walked through as those of the register region are.
     .anyRepeatFlagContinues = true,
     .itemWriteMoves = true,
     // There is no run of writes.
     .runWriteMoves = false,
     .runFile = RunFile::kOpenedBefore,
+    .runCasing = UpperCasing::kWholeText,
 };
 
 }  // namespace

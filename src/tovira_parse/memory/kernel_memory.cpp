@@ -18,12 +18,14 @@ constexpr MemoryFamily kKernelMemory = {
     // Kernel addresses fill all 64 bits.
     .itemDigits = 16,
     .runDigits = 16,
+    // As in video memory, the other family of plain memory.
     .anyRepeatFlagContinues = false,
     // Structures are walked through: a read goes on behind whatever was touched last.
     .itemWriteMoves = true,
     .runWriteMoves = true,
     // The host's memory is not the card's: it is shown and never saved.
     .runFile = RunFile::kNone,
+    .runCasing = UpperCasing::kWholeText,
 };
 
 }  // namespace
@@ -37,5 +39,5 @@ int doKmem(char* cmdText, int repeat)
 int doMultKmem(char* cmdText, int repeat)
 {
     static std::uint64_t oldKvaddr = 0;
-    return runRunCommand(kKernelMemory, cmdText, repeat, UpperCasing::kWholeText, oldKvaddr);
+    return runRunCommand(kKernelMemory, cmdText, repeat, oldKvaddr);
 }

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <memory>
 #include <type_traits>
 
 #include "tovira_parse/files.h"
@@ -175,10 +174,6 @@ void readAndShowRun(const MemoryFamily& family, const Run& run, const RunSinks& 
     putchar_unlocked('\n');
 }
 
-struct FreeMemory {
-    void operator()(void* memory) const { free(memory); }
-};
-
 template <typename Item>
 int readRunIntoBuffer(const MemoryFamily& family, Tokens& arguments, const Run& run, std::uint64_t& next)
 {
@@ -187,7 +182,7 @@ int readRunIntoBuffer(const MemoryFamily& family, Tokens& arguments, const Run& 
         next = run.start;
         return kStatusDone;
     }
-    const std::unique_ptr<void, FreeMemory> values(allocateRun(run, sizeof(Item)));
+    const HeapPointer<void> values = allocateRun(run, sizeof(Item));
     if (values == nullptr) {
         return kStatusDone;
     }
@@ -319,9 +314,9 @@ int runItemCommand(const MemoryFamily& family, char* cmdText, int repeat, std::u
     return accessItem(family, command, repeat, last);
 }
 
-int runRunCommand(const MemoryFamily& family, char* cmdText, int repeat, UpperCasing casing, std::uint64_t& next)
+int runRunCommand(const MemoryFamily& family, char* cmdText, int repeat, std::uint64_t& next)
 {
-    MemoryCommand command = parseMemoryCommand(family, cmdText, casing);
+    MemoryCommand command = parseMemoryCommand(family, cmdText, family.runCasing);
     if (command.operation == 0 || !command.isRun) {
         return kStatusBadArgument;
     }
@@ -355,10 +350,10 @@ bool fitsBuffer(const Run& run, std::size_t itemSize)
     return run.count >= 0 && static_cast<std::size_t>(run.count) * itemSize <= std::numeric_limits<std::int32_t>::max();
 }
 
-void* allocateRun(const Run& run, std::size_t itemSize)
+HeapPointer<void> allocateRun(const Run& run, std::size_t itemSize)
 {
     // Never a size of 0, for which the answer might be null without being a failure.
-    void* const buffer = calloc(static_cast<std::size_t>(run.count) + 1, itemSize);
+    HeapPointer<void> buffer(calloc(static_cast<std::size_t>(run.count) + 1, itemSize));
     if (buffer == nullptr) {
         fputs("Out of memory\n", stderr);
     }

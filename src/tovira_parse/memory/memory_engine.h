@@ -1,12 +1,13 @@
 /// The engine behind the commands that read and write the card's memories: one item or a run of items of 1, 2, 4 or 8
-/// bytes, to the screen and into files. A family of commands is a MemoryFamily; what sets the families apart stands in
-/// their descriptions and nowhere else.
+/// bytes, to the screen and into files. A family of commands is a MemoryFamily, and what sets the families apart in it
+/// stands in their descriptions, side by side.
 #ifndef TOVIRA_PARSE_MEMORY_MEMORY_ENGINE_H
 #define TOVIRA_PARSE_MEMORY_MEMORY_ENGINE_H
 
 #include <cstddef>
 #include <cstdint>
 
+#include "tovira_parse/heap.h"
 #include "tovira_parse/text.h"
 
 /// The library's read and write of one item of a width. Their results are not looked at: a failed read shows what the
@@ -24,6 +25,9 @@ enum class RunFile {
     kWrittenAfter,  ///< the values read are written once they have been shown; a file that fails is passed over
 };
 
+/// How much of the text of a command is turned into upper case, file names included.
+enum class UpperCasing { kWholeText, kWordOnly };
+
 /// A family of memory commands.
 struct MemoryFamily {
     char letter;                     ///< the first letter of its command words, in upper case
@@ -39,10 +43,8 @@ struct MemoryFamily {
     bool itemWriteMoves;          ///< a single write moves the remembered address
     bool runWriteMoves;           ///< a run of writes moves the remembered address behind itself
     RunFile runFile;
+    UpperCasing runCasing;  ///< of a run; the text of a single access is turned as a whole
 };
-
-/// How much of a command text is turned into upper case, file names included.
-enum class UpperCasing { kWholeText, kWordOnly };
 
 /// A command text taken apart as far as its word.
 struct MemoryCommand {
@@ -65,7 +67,7 @@ int accessRun(const MemoryFamily& family, MemoryCommand& command, int repeat, st
 int runItemCommand(const MemoryFamily& family, char* cmdText, int repeat, std::uint64_t& last);
 
 /// A handler whose words are all of a run.
-int runRunCommand(const MemoryFamily& family, char* cmdText, int repeat, UpperCasing casing, std::uint64_t& next);
+int runRunCommand(const MemoryFamily& family, char* cmdText, int repeat, std::uint64_t& next);
 
 /// Where a run begins and how many items it has.
 struct Run {
@@ -83,8 +85,8 @@ std::uint64_t endOf(const Run& run, std::size_t itemSize);
 /// never give a buffer smaller than what is put into it.
 bool fitsBuffer(const Run& run, std::size_t itemSize);
 
-/// A zeroed buffer of the run's size, to be freed by the caller; null, with a line on standard error, when there is no
-/// memory for it. Only for runs that fit a buffer.
-void* allocateRun(const Run& run, std::size_t itemSize);
+/// A zeroed buffer of the run's size; null, with a line on standard error, when there is no memory for it. Only for
+/// runs that fit a buffer.
+HeapPointer<void> allocateRun(const Run& run, std::size_t itemSize);
 
 #endif

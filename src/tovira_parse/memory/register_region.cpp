@@ -18,12 +18,13 @@ constexpr MemoryFamily kRegisterRegion = {
     .itemDigits = 8,
     .runDigits = 8,
     .anyRepeatFlagContinues = true,
-    // Registers are often written and read in turn: an empty line after a write and a read goes on behind both.
+    // Registers are written and read in turn: a repeated read goes on behind what was touched last.
     .itemWriteMoves = true,
     // A run of writes is repeated as it was typed, so that the next dump still goes on behind the last dump.
     .runWriteMoves = false,
     // A dump of registers is not to be repeated for want of a file, since reading may change them.
     .runFile = RunFile::kOpenedBefore,
+    .runCasing = UpperCasing::kWholeText,
 };
 
 }  // namespace
@@ -37,5 +38,5 @@ int doReg(char* cmdText, int repeat)
 int doMultReg(char* cmdText, int repeat)
 {
     static std::uint64_t oldOffset = 0;
-    return runRunCommand(kRegisterRegion, cmdText, repeat, UpperCasing::kWholeText, oldOffset);
+    return runRunCommand(kRegisterRegion, cmdText, repeat, oldOffset);
 }

@@ -1,8 +1,6 @@
 // Video memory: vrb to vwq and vrbs to vwqs. The runs of longs, vrls and vwls, are handed to the library as a whole.
 
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
 
 #include "tovira_parse/handlers.h"
 #include "tovira_parse/memory/memory_engine.h"
@@ -23,6 +21,7 @@ constexpr MemoryFamily kVideoMemory = {
     .itemPrefix = "",
     .itemDigits = 8,
     .runDigits = 8,
+    // An address that is typed is always parsed here; only a true repeat sets it aside.
     .anyRepeatFlagContinues = false,
     // Single reads walk through a picture whatever is poked into it meanwhile.
     .itemWriteMoves = false,
@@ -30,17 +29,20 @@ constexpr MemoryFamily kVideoMemory = {
     .runWriteMoves = true,
     // Memory may be read again: the dump comes first, and a file that cannot be created does not spoil it.
     .runFile = RunFile::kWrittenAfter,
+    .runCasing = UpperCasing::kWholeText,
 };
 
-void showLongs(const Run& run)
+// False when there is no memory to read the run into.
+bool showLongs(const Run& run)
 {
-    const std::unique_ptr<void, decltype(&free)> buffer(allocateRun(run, sizeof(std::uint32_t)), free);
+    const HeapPointer<void> buffer = allocateRun(run, sizeof(std::uint32_t));
     if (buffer == nullptr) {
-        return;
+        return false;
     }
     vekMultiVramReadLong(static_cast<std::uint32_t*>(buffer.get()), run.start, run.count, nullptr);
     dump_vram(buffer.get(), sizeof(std::uint32_t), run.start, run.count);
     putchar('\n');
+    return true;
 }
 
 // Unlike every other run of reads it remembers where it began: a repeat shows the same block again, to watch it change.
@@ -52,8 +54,8 @@ int readLongs(Tokens& arguments, int repeat, std::uint64_t& start)
         vekMultiVramReadLong(nullptr, run.start, run.count, fileName);
     } else if (run.count < 1 || !fitsBuffer(run, sizeof(std::uint32_t))) {
         putchar('\n');
-    } else {
-        showLongs(run);
+    } else if (!showLongs(run)) {
+        return kStatusDone;
     }
     start = run.start;
     return kStatusDone;
@@ -89,7 +91,7 @@ int doVram(char* cmdText, int repeat)
 int doMultVram(char* cmdText, int repeat)
 {
     static std::uint64_t oldOffset = 0;
-    MemoryCommand command = parseMemoryCommand(kVideoMemory, cmdText, UpperCasing::kWholeText);
+    MemoryCommand command = parseMemoryCommand(kVideoMemory, cmdText, kVideoMemory.runCasing);
     if (command.operation == 0 || !command.isRun) {
         return kStatusBadArgument;
     }
