@@ -2,6 +2,7 @@
 #define VEK_API_CHANNELS_H
 
 #include <cstddef>
+#include <type_traits>
 
 #include "api/connection.h"
 #include "vek.h"
