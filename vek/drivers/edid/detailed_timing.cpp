@@ -50,38 +50,38 @@ bool isDetailedTiming(Bytes descriptor)
     return descriptor.size() >= kDetailedTimingSize && descriptor.at16(0) != 0;
 }
 
-DetailedTiming parseDetailedTiming(Bytes bytes)
+DetailedTiming parseDetailedTiming(Bytes descriptor)
 {
     constexpr int kClockUnitKhz = 10;
-    Axis horizontal{field(bytes.at(2), bytes.bits(4, 7, 4), 8),
-                    field(bytes.at(8), bytes.bits(11, 7, 6), 8),
-                    field(bytes.at(9), bytes.bits(11, 5, 4), 8),
+    Axis horizontal{field(descriptor.at(2), descriptor.bits(4, 7, 4), 8),
+                    field(descriptor.at(8), descriptor.bits(11, 7, 6), 8),
+                    field(descriptor.at(9), descriptor.bits(11, 5, 4), 8),
                     0,
-                    field(bytes.at(15), 0, 0),
+                    field(descriptor.at(15), 0, 0),
                     false};
-    Axis vertical{field(bytes.at(5), bytes.bits(7, 7, 4), 8),
-                  field(bytes.bits(10, 7, 4), bytes.bits(11, 3, 2), 4),
-                  field(bytes.bits(10, 3, 0), bytes.bits(11, 1, 0), 4),
+    Axis vertical{field(descriptor.at(5), descriptor.bits(7, 7, 4), 8),
+                  field(descriptor.bits(10, 7, 4), descriptor.bits(11, 3, 2), 4),
+                  field(descriptor.bits(10, 3, 0), descriptor.bits(11, 1, 0), 4),
                   0,
-                  field(bytes.at(16), 0, 0),
+                  field(descriptor.at(16), 0, 0),
                   false};
     // The descriptor states the whole blanking, in which both borders lie.
-    const std::int32_t horizontalBlanking = field(bytes.at(3), bytes.bits(4, 3, 0), 8);
-    const std::int32_t verticalBlanking = field(bytes.at(6), bytes.bits(7, 3, 0), 8);
+    const std::int32_t horizontalBlanking = field(descriptor.at(3), descriptor.bits(4, 3, 0), 8);
+    const std::int32_t verticalBlanking = field(descriptor.at(6), descriptor.bits(7, 3, 0), 8);
     horizontal.backPorch = horizontalBlanking - horizontal.frontPorch - horizontal.sync - 2 * horizontal.border;
     vertical.backPorch = verticalBlanking - vertical.frontPorch - vertical.sync - 2 * vertical.border;
 
     DetailedTiming result{};
-    result.flags = bytes.at(17);
-    horizontal.positiveSync = (result.separateSync() || result.digitalCompositeSync()) && bytes.bit(17, 1);
-    vertical.positiveSync = result.separateSync() && bytes.bit(17, 2);
-    result.timing = {static_cast<std::int64_t>(bytes.at16(0)) * kClockUnitKhz,
+    result.flags = descriptor.at(17);
+    horizontal.positiveSync = (result.separateSync() || result.digitalCompositeSync()) && descriptor.bit(17, 1);
+    vertical.positiveSync = result.separateSync() && descriptor.bit(17, 2);
+    result.timing = {static_cast<std::int64_t>(descriptor.at16(0)) * kClockUnitKhz,
                      horizontal,
                      vertical,
-                     bytes.bit(17, 7) ? Scan::kInterlaced : Scan::kProgressive,
+                     descriptor.bit(17, 7) ? Scan::kInterlaced : Scan::kProgressive,
                      {0, 0}};
-    result.widthMm = bytes.at(12) | bytes.bits(14, 7, 4) << 8;
-    result.heightMm = bytes.at(13) | bytes.bits(14, 3, 0) << 8;
+    result.widthMm = descriptor.at(12) | descriptor.bits(14, 7, 4) << 8;
+    result.heightMm = descriptor.at(13) | descriptor.bits(14, 3, 0) << 8;
     return result;
 }
 
