@@ -8,6 +8,7 @@ namespace
 
 constexpr std::size_t kLongestLine = 255;
 constexpr int kMostEmptyReads = 255;
+constexpr int kNothingSelected = -1;
 constexpr char kBackspace = '\b';
 
 // History entries, comparisons with them and the line after a move through the history are C texts.
@@ -106,7 +107,7 @@ std::string EditorModel::erase()
     --cursor_;
     line_.erase(cursor_, 1);
     const std::string rest = line_.substr(cursor_);
-    return kBackspace + rest + ' ' + repeated(kBackspace, rest.size() + 1);
+    return std::string{kBackspace}.append(rest).append(" ").append(repeated(kBackspace, rest.size() + 1));
 }
 
 std::string EditorModel::insert(char byte)
@@ -119,7 +120,7 @@ std::string EditorModel::insert(char byte)
         overflowed_ = true;
     }
     cursor_ = std::min(cursor_, line_.size());
-    return byte + rest + repeated(kBackspace, rest.size());
+    return std::string{byte}.append(rest).append(repeated(kBackspace, rest.size()));
 }
 
 std::string EditorModel::home()
@@ -176,7 +177,7 @@ int EditorModel::before(int slot) const
     if (slot > 0) {
         return slot - 1;
     }
-    return wrapped_ ? kSlots - 1 : 0;
+    return wrapped_ ? kSlots - 1 : kNothingSelected;
 }
 
 std::string EditorModel::up()
@@ -237,6 +238,8 @@ void EditorModel::store()
         if (wholeText ? entry == text : entry.starts_with(text)) {
             return;
         }
+    } else if (next_ > 0 && history_[static_cast<std::size_t>(next_ - 1)] == text) {
+        return;
     }
     history_[static_cast<std::size_t>(next_)] = text;
     selected_ = next_;

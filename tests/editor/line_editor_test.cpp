@@ -480,7 +480,8 @@ TEST(LineHistory, SelectsTheFreeSlotByMovingUpAndDownInAnEmptyHistory)
 
 TEST(LineHistory, MovesUpFromTheNewestLineToTheOldest)
 {
-    EXPECT_THAT(recalled("a\rb\rc\r", {kUp, kUp, kUp, kUp, kUp}), ElementsAre("c", "b", "a", "", "a"));
+    EXPECT_THAT(recalled("a\rb\rc\r", {kUp, kUp, kUp, kUp, kUp, kDown, kDown}),
+                ElementsAre("c", "b", "a", "", "", "a", "b"));
 }
 
 TEST(LineHistory, MovesDownAgainToAnEmptyLine)
@@ -540,7 +541,7 @@ TEST(LineHistory, StoresNoEmptyLine)
 {
     EXPECT_THAT(recalled("a\r\r\r", {kUp, kUp}), ElementsAre("a", ""));
     // With nothing stored yet no selected line can be the reason.
-    EXPECT_THAT(recalled("\ra\r", {kUp, kUp, kUp}), ElementsAre("a", "", "a"));
+    EXPECT_THAT(recalled("\ra\r", {kUp, kUp, kUp}), ElementsAre("a", "", ""));
     EXPECT_THAT(recalled("a\rx" + kBackspace + "\rb\r", {kUp, kUp}), ElementsAre("b", "a"));
 }
 
@@ -605,11 +606,18 @@ TEST(LineHistory, StaysAtTheLastSlotWhenTurningDownBeforeTheRingHasWrapped)
     EXPECT_THAT(recalled(atLastSlot, {kDown, kUp}), ElementsAre("", newest));
 }
 
-TEST(LineHistory, StaysAtTheOldestLineWhenTurningUpBeforeTheRingHasWrapped)
+TEST(LineHistory, GoesBeforeTheOldestLineWhenTurningUpBeforeTheRingHasWrapped)
 {
     // A line end forgets the direction, so that Down shows the selected line, the oldest one, and Up turns there.
     const std::string atOldest = "a\rb\r" + kUp + kUp + kEnter;
-    EXPECT_THAT(recalled(atOldest, {kDown, kUp, kUp}), ElementsAre("a", "", "a"));
+    EXPECT_THAT(recalled(atOldest, {kDown, kUp, kUp, kDown}), ElementsAre("a", "", "", "a"));
+}
+
+TEST(LineHistory, StoresARepeatedLineOnceWithNothingSelected)
+{
+    const std::string beforeOldest = "a\rb\r" + kUp + kUp + kUp;
+    EXPECT_THAT(recalled(beforeOldest + "b\r", {kUp, kDown, kDown, kDown}), ElementsAre("", "a", "b", ""));
+    EXPECT_THAT(recalled(beforeOldest + "a\r", {kUp, kUp, kUp}), ElementsAre("a", "b", "a"));
 }
 
 TEST(LineHistory, HoldsTheLatestLines)
