@@ -158,7 +158,7 @@ std::string EditorModel::left()
 
 std::string EditorModel::clear() const
 {
-    return "\r" + repeated(' ', line_.size() + 1) + "\r>";
+    return std::string{"\r"}.append(repeated(' ', line_.size() + 1)).append("\r>");
 }
 
 std::string EditorModel::showAtEnd(std::string output)

@@ -132,6 +132,8 @@ TEST_P(BufferedRun, WithoutMemoryNothingIsRead)
 {
     writeFile("F", "kept");
     writeFile("f", "kept");
+    enter(Commands{it.family, kByte}.readRun() + "2000 10");
+    takeDeviceCalls();
     const AllocationFailure failure(0x100);
     for (const char* file : {"", " f"}) {
         if (*file != '\0' && savedByLibrary()) {
@@ -144,6 +146,7 @@ TEST_P(BufferedRun, WithoutMemoryNothingIsRead)
     }
     EXPECT_EQ(readFile("F"), "kept");
     EXPECT_EQ(readFile("f"), "kept");
+    expectRemembered(0x2010);
 }
 
 class UnbufferedRun : public FolderTest

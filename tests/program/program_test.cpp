@@ -190,7 +190,7 @@ TEST(Card, IsAlwaysTheSecondArgument)
 
 TEST(Card, OutOfRangeIsReportedAndPassedOver)
 {
-    for (const char* card : {"4", "10", "ffffffff"}) {
+    for (const char* card : {"4", "10", "ffffffff", "100000000"}) {
         EXPECT_THAT(expectRun({"--card", card, "--cmd", ""}, {}, "Set card id is out of range\n" + kDriverLine),
                     ElementsAre("vekRwOpen(0)", "get_device_id()", "get_s_type()", "vekClose()"));
     }

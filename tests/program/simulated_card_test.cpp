@@ -16,6 +16,7 @@ namespace program_test
 namespace
 {
 
+using ::testing::EndsWith;
 using ::testing::StartsWith;
 
 const std::string kStartLine = "enter command line with /dev/vekrw for QZ201!\n";
@@ -35,6 +36,13 @@ protected:
         EXPECT_EQ(result.error, "") << commands;
         EXPECT_THAT(result.output, StartsWith(kStartLine)) << commands;
         return result.output.substr(std::min(result.output.size(), kStartLine.size()));
+    }
+
+    /** Runs a shell script in this test's folder; $0 is the program. */
+    child_process::Result runScript(const std::string& script) const
+    {
+        return child_process::run(
+            {.arguments = {"/bin/sh", "-c", script, programPath()}, .folder = folder_.path().string()});
     }
 
     const TemporaryFolder& folder() const { return folder_; }
@@ -233,6 +241,41 @@ TEST_F(SimulatedCardTest, MissingSerialLineEndsTheProgram)
     const child_process::Result result = run({"--tty", "no_such_line,9600", "--cmd", "rrb 0"});
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_EQ(result.output, "Open /dev/no_such_line device error\n" + usageText());
+}
+
+TEST_F(SimulatedCardTest, DumpFileIsNoPlaceForTheOutputOfAClosedStream)
+{
+    const child_process::Result result = runScript(R"(exec "$0" --cmd "rrbs 0 8000 out" >&-)");
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(folder().readFile("OUT"), std::string(0x8000, '\0'));
+}
+
+TEST_F(SimulatedCardTest, DumpFileThatMeetsTheLimitOfItsSizeIsReported)
+{
+    const child_process::Result result =
+        runScript(R"(ulimit -f 8; exec "$0" --cmd "vrbs 0 10000 a;rrbs 0 10000 b;rrl 4")");
+    EXPECT_EQ(result.exitStatus, 0) << result.signal;
+    EXPECT_EQ(result.error,
+              "Write A error: the file is not complete\n"
+              "Write B error: the file is not complete\n");
+    EXPECT_THAT(result.output, EndsWith("\n00000004: 00000000\n"));
+}
+
+// A FIFO has a reader here: opening it would not wait, but what is written might, and would end the program without it.
+TEST_F(SimulatedCardTest, DumpFileIsNeverAFifo)
+{
+    const child_process::Result result =
+        runScript(R"(mkfifo F; exec 3<>F; exec "$0" --cmd "vrbs 0 1 f;vrls 0 100000 f;rrbs 0 1 f")");
+    EXPECT_EQ(result.exitStatus, 0) << result.signal;
+    EXPECT_THAT(result.output, EndsWith("Open F error\ncommand code error: the cmd input code is incorrect\n"));
+}
+
+TEST_F(SimulatedCardTest, ScriptIsNeverAFileThatKeepsItsReaderWaiting)
+{
+    // A regular file by name; reading it waits for the kernel's next message.
+    const child_process::Result result = runScript(R"(exec "$0" --cmd "load /proc/kmsg")");
+    EXPECT_FALSE(result.timedOut);
+    EXPECT_EQ(result.exitStatus, 0);
 }
 
 }  // namespace

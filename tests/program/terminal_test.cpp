@@ -344,6 +344,25 @@ TEST_F(TerminalStop, RestoresTheSettingsAndGoesOnWithTheLine)
     expectSettingsAsBefore();
 }
 
+// Signals that meet each other, and the program in the midst of a change of the terminal, leave no trace on it.
+TEST_F(TerminalStop, InBurstsRestoresTheSettings)
+{
+    for (int burst = 0; burst < 200; ++burst) {
+        console_.signal(SIGTSTP);
+        console_.signal(SIGTSTP);
+        console_.signal(SIGCONT);
+    }
+    console_.signal(SIGCONT);
+    ASSERT_TRUE(console_.send("quit\r"));
+    std::optional<ProcessEvent> event = console_.waitForEvent();
+    while (event.has_value() && !event->exitedWith(0)) {
+        console_.signal(SIGCONT);
+        event = console_.waitForEvent();
+    }
+    EXPECT_TRUE(event.has_value());
+    expectSettingsAsBefore();
+}
+
 TEST_F(TerminalStop, KeepsTheSettingsThatWereChangedMeanwhile)
 {
     stop();
