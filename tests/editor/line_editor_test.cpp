@@ -473,9 +473,10 @@ TEST(LineHistory, SelectsNothingByMovingDownInAnEmptyHistory)
     EXPECT_EQ(printedByLast(kDown + kDown + "abc" + kUp), "\r    \r>");
 }
 
-TEST(LineHistory, SelectsTheFreeSlotByMovingUpAndDownInAnEmptyHistory)
+// Down selects the free slot, the first one; Up steps back from it to nothing, which empties the line.
+TEST(LineHistory, GoesBeforeTheFirstSlotInAnEmptyHistory)
 {
-    EXPECT_EQ(printedByLast(kUp + kDown + "abc" + kUp), "\r    \r>abc");
+    EXPECT_EQ(printedByLast(kUp + kDown + "abc" + kUp), "\r    \r>");
 }
 
 TEST(LineHistory, MovesUpFromTheNewestLineToTheOldest)
