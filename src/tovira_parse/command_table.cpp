@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <compare>
 #include <cstdint>
 #include <cstring>
 
@@ -347,15 +346,24 @@ struct NameKey {
     std::uint64_t first;
     std::uint64_t second;
 
-    constexpr auto operator<=>(const NameKey&) const = default;
+    constexpr bool operator==(const NameKey& other) const = default;
 };
 
 struct NamedRow {
     NameKey name;
     int row;
-
-    constexpr auto operator<=>(const NamedRow&) const = default;
 };
+
+constexpr bool comesBefore(const NamedRow& one, const NamedRow& other)
+{
+    if (one.name.first != other.name.first) {
+        return one.name.first < other.name.first;
+    }
+    if (one.name.second != other.name.second) {
+        return one.name.second < other.name.second;
+    }
+    return one.row < other.row;
+}
 
 constexpr NameKey makeKey(std::string_view name)
 {
@@ -386,7 +394,7 @@ constexpr auto kNamedRows = [] {
             rest.remove_prefix(std::min(name.size() + 1, rest.size()));
         }
     }
-    std::sort(named.begin(), named.end());
+    std::sort(named.begin(), named.end(), comesBefore);
     return named;
 }();
 
@@ -401,7 +409,7 @@ int findCmdRow(std::string_view word, int from)
         return kNoCmdRow;
     }
     const NamedRow wanted{makeKey(word), from};
-    const auto* const found = std::lower_bound(kNamedRows.begin(), kNamedRows.end(), wanted);
+    const auto* const found = std::lower_bound(kNamedRows.begin(), kNamedRows.end(), wanted, comesBefore);
     return found != kNamedRows.end() && found->name == wanted.name ? found->row : kNoCmdRow;
 }
 
