@@ -253,7 +253,7 @@ TEST_F(SimulatedCardTest, DumpFileIsNoPlaceForTheOutputOfAClosedStream)
 TEST_F(SimulatedCardTest, DumpFileThatMeetsTheLimitOfItsSizeIsReported)
 {
     const child_process::Result result =
-        runScript(R"((ulimit -f 8; "$0" --cmd "vrbs 0 10000 a;rrbs 0 10000 b;rrl 4"; echo "$?") | tail -n 2)");
+        runScript(R"((ulimit -f 128; "$0" --cmd "vrbs 0 20000 a;rrbs 0 20000 b;rrl 4"; echo "$?") | tail -n 2)");
     EXPECT_EQ(result.output, "00000004: 00000000\n0\n");
     EXPECT_EQ(result.error,
               "Write A error: the file is not complete\n"
