@@ -9,7 +9,8 @@ namespace vek
 {
 
 /// A memory of which only the pages that are written cost host memory. It reads 0 until written. Its host mapping is
-/// made at the first access and kept until the program ends, so a memory that nobody touches costs nothing at all.
+/// made when it is first written or read more than a little, and kept until the program ends, so a memory that nobody
+/// touches costs nothing at all.
 class SparseMemory final : public BlockSpace
 {
 public:
@@ -33,6 +34,7 @@ private:
 
     std::uint64_t size_;
     unsigned char* base_ = nullptr;
+    unsigned readsUnmapped_ = 0;
 };
 
 }  // namespace vek
