@@ -21,10 +21,13 @@ struct ReadResult {
 /// The answer to a read that nothing answers.
 constexpr ReadResult kUnanswered{VEK_NO_RESPONSE, kAllOnes};
 
-/// Memory of the host that stands behind the first part of an address space and does nothing but hold what is written.
+/// Memory of the host that stands behind a stretch of an address space and does nothing but hold what is written.
 struct PlainMemory {
-    unsigned char* base = nullptr;  ///< What address 0 lies at.
-    std::uint64_t limit = 0;        ///< An item of any width that begins below it lies wholly inside.
+    unsigned char* base = nullptr;  ///< What address 0 would lie at.
+    std::uint64_t first = 0;        ///< Lowest address of the stretch.
+    std::uint64_t length = 0;  ///< An item of any width that begins less than this above `first` lies wholly inside.
+
+    bool holds(std::uint64_t address) const { return address - first < length; }
 };
 
 /// Something that answers to addresses: a memory, a register file, a bus. Items are little-endian and may lie at any
@@ -38,7 +41,8 @@ public:
     /// Writes the low `width` bytes (1, 2, 4 or 8) of `value` at `address`. A negative result has written nothing.
     virtual int write(std::uint64_t address, unsigned width, std::uint64_t value) = 0;
 
-    /// Where the space need not be asked: accesses to this memory are answered by loads and stores of their width.
+    /// Where the space need not be asked: accesses to this memory are answered by loads and stores of their width. It
+    /// may be another stretch after every access that the space was asked for.
     const PlainMemory& plainMemory() const { return plainMemory_; }
 
 protected:

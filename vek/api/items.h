@@ -26,7 +26,7 @@ int readItem(std::uint64_t address, Item* cell)
     }
     // Dumps come by here for every item: without a call for those that plain memory holds.
     const PlainMemory& plain = space->plainMemory();
-    if (address < plain.limit) [[likely]] {
+    if (plain.holds(address)) [[likely]] {
         std::memcpy(cell, plain.base + address, sizeof *cell);
         return VEK_OK;
     }
@@ -49,7 +49,7 @@ int writeItem(std::uint64_t address, Item value)
         return VEK_NOT_AVAILABLE;
     }
     const PlainMemory& plain = space->plainMemory();
-    if (address < plain.limit) [[likely]] {
+    if (plain.holds(address)) [[likely]] {
         std::memcpy(plain.base + address, &value, sizeof value);
         return VEK_OK;
     }

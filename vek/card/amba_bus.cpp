@@ -5,10 +5,10 @@
 namespace vek
 {
 
-const AmbaWindow* AmbaBus::windowOf(std::uint64_t address, unsigned width) const
+const AddressWindow* AmbaBus::windowOf(std::uint64_t address, unsigned width) const
 {
-    for (const AmbaWindow& window : windows_) {
-        if (address >= window.base && address - window.base <= window.length - width) {
+    for (const AddressWindow& window : windows_) {
+        if (window.holds(address, width)) {
             return &window;
         }
     }
@@ -17,13 +17,13 @@ const AmbaWindow* AmbaBus::windowOf(std::uint64_t address, unsigned width) const
 
 ReadResult AmbaBus::read(std::uint64_t address, unsigned width)
 {
-    const AmbaWindow* window = windowOf(address, width);
+    const AddressWindow* window = windowOf(address, width);
     return window == nullptr ? kUnanswered : window->target->read(address - window->base, width);
 }
 
 int AmbaBus::write(std::uint64_t address, unsigned width, std::uint64_t value)
 {
-    const AmbaWindow* window = windowOf(address, width);
+    const AddressWindow* window = windowOf(address, width);
     return window == nullptr ? VEK_NO_RESPONSE : window->target->write(address - window->base, width, value);
 }
 

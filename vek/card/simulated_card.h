@@ -5,12 +5,15 @@
 #include <cstdint>
 #include <span>
 
+#include "card/address_window.h"
 #include "card/amba_bus.h"
+#include "card/card_clock.h"
 #include "card/chip_facts.h"
 #include "card/hdmi_phy.h"
 #include "card/i2c_board_buses.h"
 #include "card/monitor_ddc.h"
 #include "card/pci_configuration.h"
+#include "card/register_region.h"
 #include "card/sizes.h"
 #include "card/sparse_memory.h"
 
@@ -28,7 +31,7 @@ using AttachedMonitors = std::array<std::span<const std::uint8_t>, 4>;
 struct SimulatedCard {
     constexpr SimulatedCard(const ChipFacts& chip, const BoardRecord& board, const AttachedMonitors& monitors)
         : videoMemory(chip.videoMemorySize),
-          amba(std::to_array<AmbaWindow>({
+          amba(std::to_array<AddressWindow>({
               {.base = 0x0100'0000, .length = kRegisterRegionSize, .target = &registers},
               {.base = 0x2000'0000, .length = kBoardRamSize, .target = &boardRam},
               {.base = 0x4000'0000, .length = kVideoMemoryWindowSize, .target = &videoMemory},
@@ -49,7 +52,11 @@ struct SimulatedCard {
     static constexpr std::uint64_t kVideoMemoryWindowSize = kGiB;
     static constexpr std::uint64_t kCrtcRegisters = 4096;
 
-    SparseMemory registers{kRegisterRegionSize};
+    /// What the devices of the card tell the time by.
+    HostClock clock;
+    /// The devices in the register region, ascending.
+    std::array<AddressWindow, 0> registerWindows{};
+    RegisterRegion registers{registerWindows};
     SparseMemory videoMemory;
     SparseMemory boardRam{kBoardRamSize};
     SparseMemory crtc{kCrtcRegisters};

@@ -24,7 +24,7 @@ bool SparseMemory::map()
     if (base_ == nullptr) {
         return false;
     }
-    setPlainMemory({.base = base_, .limit = size_ - kWidestItem + 1});
+    setPlainMemory({.base = base_, .first = 0, .length = size_ - kWidestItem + 1});
     return true;
 }
 

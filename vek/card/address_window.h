@@ -1,0 +1,31 @@
+#ifndef VEK_CARD_ADDRESS_WINDOW_H
+#define VEK_CARD_ADDRESS_WINDOW_H
+
+#include <cstdint>
+
+#include "address_space.h"
+
+namespace vek
+{
+
+/// A range of addresses of one space behind which another one answers.
+struct AddressWindow {
+    std::uint64_t base;    ///< First address of the range; the target's address 0.
+    std::uint64_t length;  ///< Bytes, at least 8.
+    AddressSpace* target;
+
+    std::uint64_t end() const { return base + length; }
+
+    /// Whether an item lies wholly in the range.
+    bool holds(std::uint64_t address, unsigned width) const
+    {
+        return address >= base && address - base <= length - width;
+    }
+
+    /// Whether any byte of an item lies in the range.
+    bool touches(std::uint64_t address, unsigned width) const { return address < end() && address + width > base; }
+};
+
+}  // namespace vek
+
+#endif
