@@ -590,14 +590,20 @@ int vekSpiUnprotect(void);
 
 /* ---- On-chip sensors ----------------------------------------------------------------------------------------- */
 
-/** Reads a die temperature. @param sensor 0 or 1 @param celsius receives degrees Celsius */
+/* The sensor unit lies at 0x30a000 in the register region (vek/drivers/sensors.h). Common to its functions:
+   VEK_BAD_ARGUMENT for a site that the chip does not have, VEK_BAD_DATA for a reading that is not valid. */
+
+/** Reads a die temperature, with steps of 1/16 of a degree between -60 and 195.94. It is that of the real die, also
+    while vekThermalDebug() simulates one. @param sensor site 0, beside the graphics cores, or 1, apart from them
+    @param celsius receives degrees Celsius */
 int vekSensorTemp(int sensor, double* celsius);
 
-/** Reads a supply voltage. @param sensor 0 or 1 @param volts receives volts */
+/** Reads a supply voltage, with steps of 0.5 mV between 0 and 2.0475 V. @param sensor site 0, on the rail of the
+    graphics cores, or 1, on that of all else @param volts receives volts */
 int vekSensorVolt(int sensor, double* volts);
 
 /** Reads a process monitor. @param kind enum VekProcessMonitor @param sensor 0 or 1 on QZ201, 0 on QZ202
-    @param reading receives the count */
+    @param reading receives the count of its ring oscillator, 0 to 65535 */
 int vekSensorProcess(int kind, int sensor, int* reading);
 
 /* ---- Power monitor chips ------------------------------------------------------------------------------------- */
@@ -638,41 +644,84 @@ int vekINA3221GetCurrent2(int channel, unsigned int rsense1, unsigned int rsense
 
 /* ---- Power, fan, thermal, feature switches ------------------------------------------------------------------- */
 
-/** Reads the power state. @param state receives enum VekPowerState */
+/* The power unit, with the fan, lies at 0x30c000 in the register region (vek/drivers/power.h). */
+
+/** Reads the power state. @param state receives enum VekPowerState
+    @return VEK_BAD_DATA when the chip reports none of them */
 int vekPowerGetState(int* state);
 
-/** Sets the power state. @param state enum VekPowerState */
+/** Sets the power state: performance runs the 3D, shader and 2D clocks at their full rate, save at half of it and with
+    a lower voltage, standby stops them. vek_qz200_get_freq() tells the rates so; their settings stay as they are.
+    @param state enum VekPowerState; any other answers VEK_BAD_ARGUMENT and changes nothing */
 int vekPowerSetState(int state);
 
 /** @return a printable name for any value of a power state; constant, never null. */
 const char* vekPowerStateName(int state);
 
-/** Sets the fan by hand or gives it back to the temperature regulation. @param rate percent of full PWM duty, 0 to 100;
-    -1 automatic */
+/** Sets the fan by hand or gives it back to the temperature regulation, which holds 20 percent up to 40 degrees
+    Celsius, 100 percent from 90 degrees and rises evenly in between.
+    @param rate percent of full PWM duty, 0 to 100; -1 automatic; any other answers VEK_BAD_ARGUMENT and changes
+    nothing */
 int vekFanSetRate(int rate);
 
-/** Feeds a simulated die temperature to the fan regulation. @param temperature in thousandths of a degree Celsius; -1
-   ends the simulation; what no die can have answers VEK_BAD_ARGUMENT */
+/** Feeds a simulated die temperature to the fan regulation, which then sets the fan for it. The sensors go on reading
+    the real die, so they show what the fan makes of it. A fan that is set by hand stays as it is.
+    @param temperature in thousandths of a degree Celsius, -40000 to 150000; -1 ends the simulation; any other answers
+    VEK_BAD_ARGUMENT and changes nothing */
 int vekThermalDebug(int temperature);
 
-/** Runs a `func` command: parses its text, switches the feature and prints the outcome.
-    @param text the whole command, command word first; may be changed @param repeat 1 when an empty line repeats it */
+/** Runs a `func` command: parses its text, switches the feature and prints the outcome. Words stand between blanks,
+    commas and line ends and count in upper and lower case alike. The switches are kept by the card, at 0x30d000 in the
+    register region (vek/drivers/feature_switches.h); a repeated command does the same again.
+
+        func                          prints what can be chosen
+        func 3d [name or number ...]  opens traces: 1 RVT_GL_TRACE, 2 RVT_GLX_TRACE, 3 RVT_ES_TRACE, 4 RVT_EGL_TRACE;
+                                      alone it prints these
+        func texture                  opens Texture
+        func mgpu [mode]              chooses one mode of work on several GPUs, by name or number: 1 Combined,
+                                      2 Independent with the number of GPUs behind it (1 to 4, else 1), 3 Balance; alone
+                                      it prints these
+        func on                       prints what is open
+        func close                    closes everything
+
+    @param text the whole command, command word first @param repeat 1 when an empty line repeats it
+    @return VEK_BAD_ARGUMENT for a null pointer and for a word that it does not know, which it prints */
 int tovira_func(char* text, int repeat);
 
 /* ---- Clocks -------------------------------------------------------------------------------------------------- */
 
-/** @return the frequency of a clock domain in MHz. @param domain enum VekClockDomain */
+/* The clock unit lies at 0x30b000 in the register region (vek/drivers/clocks.h). Every domain has a PLL of its own, on
+   a crystal of 27 MHz. A PLL name of enum VekClockSource stands for the PLLs of these domains:
+       DEVPLL   AXI, APB     GPUPLL   3D, 2D      3DCORE   3D, behind its PLL
+       DEV2PLL  PCIe, VPU    GPU2PLL  3D shader   2DCORE   2D, behind its PLL
+   and the DDR is on a PLL that cannot be switched. */
+
+/** @return what a clock domain runs at, in MHz, rounded to the nearest, halves upwards; 0 when it is off;
+    VEK_BAD_ARGUMENT for an unknown domain. @param domain enum VekClockDomain */
 int vek_qz200_get_freq(int domain);
 
-/** Computes the PLL setting for a frequency. @param reference_khz of the crystal, 27000 @param mode 1, integer dividers
-    @param wanted_khz in kHz @param setting receives the setting, to be handed to vek_qz200_set_clk_freq() unread
-    @return VEK_OUT_OF_RANGE when no setting reaches it */
+/** Computes the PLL setting that comes nearest to a frequency within the limits of the PLLs (vek/drivers/pll.h). Among
+    equally near ones it takes that with the highest phase detector frequency, then that with the highest VCO frequency,
+    for the lowest jitter. Every whole number of MHz in the range is reached exactly from 27 MHz.
+    @param reference_khz of the crystal, 10000 to 100000; the cards have one of 27000, and vek_qz200_set_clk_freq()
+    takes a setting as one for that
+    @param mode 1, integer dividers; there is no other
+    @param wanted_khz in kHz
+    @param setting receives the setting, to be handed to vek_qz200_set_clk_freq() unread: bits 5:0 the divider before
+    the phase detector (1 to 63), 19:8 the one in the feedback (16 to 4095), 30:24 the one behind the VCO (1 to 127),
+    all others 0
+    @return VEK_OUT_OF_RANGE when the frequency is not within 10000 to 2400000 or no setting comes within 0.5 percent */
 int vek_qz200_pllcalc(int reference_khz, int mode, uint32_t wanted_khz, uint32_t* setting);
 
-/** Sets the PLL of a clock domain. @param domain enum VekClockDomain @param setting from vek_qz200_pllcalc() */
+/** Sets the PLL of a clock domain. A domain that is in bypass or off takes it up when it is on again.
+    @param domain enum VekClockDomain @param setting from vek_qz200_pllcalc()
+    @return VEK_BAD_ARGUMENT: unknown domain, or not a setting; VEK_PROTECTED: PCIe or DDR, whose clocks the firmware
+    trains its links for; VEK_OUT_OF_RANGE: the PLL would leave its limits; the clock stays as it was then */
 int vek_qz200_set_clk_freq(int domain, uint32_t setting);
 
-/** Switches a PLL or core clock. @param mode enum VekClockMode @param source enum VekClockSource */
+/** Switches a PLL or core clock. Its domains run at the rate that is set (on), at 27 MHz (bypass) or not at all (off).
+    A core has the last word over its PLL: in bypass it runs with the crystal also when the PLL is off.
+    @param mode enum VekClockMode @param source enum VekClockSource; any other answers VEK_BAD_ARGUMENT */
 int vek_qz200_set_clk_mode(int mode, int source);
 
 /* ---- Version and information --------------------------------------------------------------------------------- */

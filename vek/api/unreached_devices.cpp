@@ -205,21 +205,6 @@ int vekSpiUnprotect()
     return vek::unreached();
 }
 
-int vekSensorTemp(int /*sensor*/, double* /*celsius*/)
-{
-    return vek::unreached();
-}
-
-int vekSensorVolt(int /*sensor*/, double* /*volts*/)
-{
-    return vek::unreached();
-}
-
-int vekSensorProcess(int /*kind*/, int /*sensor*/, int* /*reading*/)
-{
-    return vek::unreached();
-}
-
 int vekLTC2990GetCurrent2(int /*channel*/, int /*address_index*/, unsigned int /*rsense1*/, unsigned int /*rsense2*/,
                           float* /*current1*/, float* /*current2*/, int /*repeated*/, int /*wait_ready*/)
 {
@@ -253,65 +238,6 @@ int vekINA3221GetVolt2(int /*channel*/, float* /*millivolts1*/, float* /*millivo
 
 int vekINA3221GetCurrent2(int /*channel*/, unsigned int /*rsense1*/, unsigned int /*rsense2*/, float* /*current1*/,
                           float* /*current2*/)
-{
-    return vek::unreached();
-}
-
-int vekPowerGetState(int* /*state*/)
-{
-    return vek::unreached();
-}
-
-int vekPowerSetState(int /*state*/)
-{
-    return vek::unreached();
-}
-
-const char* vekPowerStateName(int state)
-{
-    switch (state) {
-        case VEK_POWER_PERFORMANCE:
-            return "performance";
-        case VEK_POWER_SAVE:
-            return "power save";
-        case VEK_POWER_STANDBY:
-            return "standby";
-        default:
-            return "unknown";
-    }
-}
-
-int vekFanSetRate(int /*rate*/)
-{
-    return vek::unreached();
-}
-
-int vekThermalDebug(int /*temperature*/)
-{
-    return vek::unreached();
-}
-
-int tovira_func(char* /*text*/, int /*repeat*/)
-{
-    return vek::unreached();
-}
-
-int vek_qz200_get_freq(int /*domain*/)
-{
-    return vek::unreached();
-}
-
-int vek_qz200_pllcalc(int /*reference_khz*/, int /*mode*/, uint32_t /*wanted_khz*/, uint32_t* /*setting*/)
-{
-    return vek::unreached();
-}
-
-int vek_qz200_set_clk_freq(int /*domain*/, uint32_t /*setting*/)
-{
-    return vek::unreached();
-}
-
-int vek_qz200_set_clk_mode(int /*mode*/, int /*source*/)
 {
     return vek::unreached();
 }

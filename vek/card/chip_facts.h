@@ -1,12 +1,25 @@
 #ifndef VEK_CARD_CHIP_FACTS_H
 #define VEK_CARD_CHIP_FACTS_H
 
+#include <array>
 #include <cstdint>
 
 #include "card/sizes.h"
 
 namespace vek
 {
+
+/// What the firmware sets the clock domains to, in MHz, by enum VekClockDomain; 0 where there is none.
+using FirmwareClocks = std::array<std::uint16_t, 9>;
+
+/// What the process monitors of a site count, which tells the wafer's corner, by kind: SVT, LVT, ULVT.
+using ProcessCounts = std::array<std::uint16_t, 3>;
+
+/// The process monitors of a chip, at the first `count` sensor sites.
+struct ProcessSites {
+    std::uint8_t count;
+    std::array<ProcessCounts, 2> counts;
+};
 
 /// What tells one chip of the family from another.
 struct ChipFacts {
@@ -18,6 +31,8 @@ struct ChipFacts {
     std::uint8_t linkSpeed;         ///< PCI Express speed code: 3 is 8 GT/s, 4 is 16 GT/s.
     std::uint8_t ddcChannels;       ///< Monitor connectors with a DDC, up to 4.
     std::uint8_t hdmiOutputs;       ///< Up to 2; output n is on DDC channel n.
+    FirmwareClocks clocks;
+    ProcessSites process;
 };
 
 constexpr ChipFacts kQz201{
@@ -29,6 +44,8 @@ constexpr ChipFacts kQz201{
     .linkSpeed = 3,
     .ddcChannels = 4,
     .hdmiOutputs = 2,
+    .clocks = {600, 0, 150, 500, 500, 1000, 1000, 600, 1200},
+    .process = {.count = 2, .counts = {{{1012, 1284, 1530}, {1019, 1291, 1542}}}},
 };
 
 constexpr ChipFacts kQz202{
@@ -40,6 +57,8 @@ constexpr ChipFacts kQz202{
     .linkSpeed = 3,
     .ddcChannels = 2,
     .hdmiOutputs = 1,
+    .clocks = {500, 0, 125, 500, 400, 800, 900, 500, 1066},
+    .process = {.count = 1, .counts = {{{987, 1251, 1497}}}},
 };
 
 /// Size of the register region, the same on every chip of the family (PCI BAR 0 decodes all of it).

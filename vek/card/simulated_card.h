@@ -9,13 +9,22 @@
 #include "card/amba_bus.h"
 #include "card/card_clock.h"
 #include "card/chip_facts.h"
+#include "card/clock_unit.h"
+#include "card/die.h"
+#include "card/feature_registers.h"
 #include "card/hdmi_phy.h"
 #include "card/i2c_board_buses.h"
 #include "card/monitor_ddc.h"
 #include "card/pci_configuration.h"
+#include "card/power_unit.h"
 #include "card/register_region.h"
+#include "card/sensor_unit.h"
 #include "card/sizes.h"
 #include "card/sparse_memory.h"
+#include "drivers/clocks.h"
+#include "drivers/feature_switches.h"
+#include "drivers/power.h"
+#include "drivers/sensors.h"
 
 namespace vek
 {
@@ -30,7 +39,9 @@ using AttachedMonitors = std::array<std::span<const std::uint8_t>, 4>;
 /// video memory.
 struct SimulatedCard {
     constexpr SimulatedCard(const ChipFacts& chip, const BoardRecord& board, const AttachedMonitors& monitors)
-        : videoMemory(chip.videoMemorySize),
+        : clocks(chip.clocks, die),
+          sensors(die, chip.process),
+          videoMemory(chip.videoMemorySize),
           amba(std::to_array<AddressWindow>({
               {.base = 0x0100'0000, .length = kRegisterRegionSize, .target = &registers},
               {.base = 0x2000'0000, .length = kBoardRamSize, .target = &boardRam},
@@ -54,8 +65,18 @@ struct SimulatedCard {
 
     /// What the devices of the card tell the time by.
     HostClock clock;
+    Die die{clock};
+    ClockUnit clocks;
+    SensorUnit sensors;
+    PowerUnit power{clocks, die};
+    FeatureRegisters features;
     /// The devices in the register region, ascending.
-    std::array<AddressWindow, 0> registerWindows{};
+    std::array<AddressWindow, 4> registerWindows{{
+        {.base = sensor_unit::kWindowBase, .length = sensor_unit::kWindowSize, .target = &sensors},
+        {.base = clock_unit::kWindowBase, .length = clock_unit::kWindowSize, .target = &clocks},
+        {.base = power_unit::kWindowBase, .length = power_unit::kWindowSize, .target = &power},
+        {.base = feature_switches::kWindowBase, .length = feature_switches::kWindowSize, .target = &features},
+    }};
     RegisterRegion registers{registerWindows};
     SparseMemory videoMemory;
     SparseMemory boardRam{kBoardRamSize};

@@ -28,6 +28,10 @@ struct AccessPath {
     AddressSpace* amba;                  ///< Internal AMBA bus.
     AddressSpace* crtc;                  ///< Register file of display controller 0, by index, bytes only.
     AddressSpace* pciConfiguration;      ///< PCI configuration space, aligned longs only.
+    AddressSpace* sensors = nullptr;     ///< Register file of the sensor unit.
+    AddressSpace* clocks = nullptr;      ///< Register file of the clock unit.
+    AddressSpace* power = nullptr;       ///< Register file of the power unit.
+    AddressSpace* features = nullptr;    ///< Register file of the feature switches.
     Channels<I2cBus, 4> i2c;             ///< The board's I2C channels.
     Channels<I2cBus, 4> ddc;             ///< The display connectors' DDC channels.
     Channels<AddressSpace, 2> hdmiPhys;  ///< Register files of the HDMI outputs' PHYs; output n is on DDC channel n.
