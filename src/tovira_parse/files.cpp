@@ -84,22 +84,27 @@ ssize_t readUpTo(int descriptor, char* buffer, std::size_t size)
     return static_cast<ssize_t>(done);
 }
 
-FileText readDescriptor(int descriptor)
+FileText readDescriptor(int descriptor, std::size_t limit)
 {
-    const off_t size = sizeOf(descriptor);
-    if (size < 0) {
-        return {nullptr, false};
+    const off_t end = sizeOf(descriptor);
+    if (end < 0) {
+        return {};
     }
-    HeapPointer<char> text(static_cast<char*>(malloc(static_cast<std::size_t>(size) + 1)));
+    const auto length = static_cast<std::size_t>(end);
+    if (length > limit) {
+        errno = EFBIG;
+        return {};
+    }
+    HeapPointer<char> text(static_cast<char*>(malloc(length + 1)));
     if (text == nullptr) {
-        return {nullptr, true};
+        return {.text = nullptr, .outOfMemory = true, .length = length, .size = 0};
     }
-    const ssize_t got = readUpTo(descriptor, text.get(), static_cast<std::size_t>(size));
+    const ssize_t got = readUpTo(descriptor, text.get(), length);
     if (got < 0) {
-        return {nullptr, false};
+        return {};
     }
     text.get()[got] = '\0';
-    return {std::move(text), false};
+    return {.text = std::move(text), .outOfMemory = false, .length = length, .size = static_cast<std::size_t>(got)};
 }
 
 }  // namespace
@@ -137,14 +142,14 @@ void saveFile(const char* name, const void* contents, std::size_t size)
     closeCreatedFile(file, name);
 }
 
-FileText readWholeFile(const char* name)
+FileText readWholeFile(const char* name, std::size_t limit)
 {
     // Left without waiting: some files of the kernel's are regular by name and still keep a reader waiting.
     const int descriptor = openWithoutWaiting(name, O_RDONLY);
     if (descriptor < 0) {
-        return {nullptr, false};
+        return {};
     }
-    FileText contents = readDescriptor(descriptor);
+    FileText contents = readDescriptor(descriptor, limit);
     closeKeepingErrno(descriptor);
     return contents;
 }

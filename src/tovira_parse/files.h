@@ -4,6 +4,7 @@
 #define TOVIRA_PARSE_FILES_H
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 
 #include "tovira_parse/heap.h"
@@ -20,11 +21,13 @@ void saveFile(const char* name, const void* contents, std::size_t size);
 
 /// The whole contents of a file, terminated with a NUL behind them.
 struct FileText {
-    HeapPointer<char> text;  ///< null when it could not be had
-    bool outOfMemory;        ///< tells a failed allocation from a file that could not be opened or read
+    HeapPointer<char> text;    ///< null when it could not be had
+    bool outOfMemory = false;  ///< tells a failed allocation from a file that could not be opened or read
+    std::size_t length = 0;    ///< bytes that the file had when it was opened
+    std::size_t size = 0;      ///< bytes of it that were read: fewer when it was cut short meanwhile
 };
 
-/// Reads a file whole. On failure `text` is null and errno tells why.
-FileText readWholeFile(const char* name);
+/// Reads a file whole. On failure `text` is null and errno tells why: EFBIG for a file of more than `limit` bytes.
+FileText readWholeFile(const char* name, std::size_t limit = SIZE_MAX);
 
 #endif

@@ -47,4 +47,59 @@ int doEdid(char* cmdText, int repeat);
 /// `hdmi`: PHY, hot-plug state, DDC, EDID and mode of an HDMI output.
 int doHdmi(char* cmdText, int repeat);
 
+/// `dp`: controller, AUX channel, PHY, EDID and mode of a DisplayPort output.
+int doDp(char* cmdText, int repeat);
+/// `edp`: the backlight of the eDP panel.
+int doEdp(char* cmdText, int repeat);
+/// `vga`: gains of the VGA output, and the mode of a channel.
+int doVga(char* cmdText, int repeat);
+/// `dvo`: the mode of a DVO channel.
+int doDvo(char* cmdText, int repeat);
+/// `crtc`: output routing, gamma, and the mode of a display controller.
+int doCrtc(char* cmdText, int repeat);
+/// `zv`: the zoom-video capture ports.
+int doZV(char* cmdText, int repeat);
+/// `spi`: the card's SPI flash.
+int doSpi(char* cmdText, int repeat);
+/// `mcu`: AUX and I2C-over-AUX transfers that the board's microcontroller makes.
+int doMcu(char* cmdText, int repeat);
+
+// Sensors, power and clocks of the board.
+
+/// `temp`: die temperatures.
+int doTemp(char* cmdText, int repeat);
+/// `volt`, `vlot`: supply voltages.
+int doVolt(char* cmdText, int repeat);
+/// `process`: process monitors.
+int doProcess(char* cmdText, int repeat);
+/// `ltc2990`: currents or voltages of an LTC2990.
+int doLtc2990(char* cmdText, int repeat);
+/// `ltc2991`: currents or voltages of an LTC2991.
+int doLtc2991(char* cmdText, int repeat);
+/// `ina3221`: voltages and currents of an INA3221.
+int doIna3221(char* cmdText, int repeat);
+/// `power`: reads or sets the power state.
+int doPower(char* cmdText, int repeat);
+/// `fan`: sets the fan's duty or gives it back to the regulation.
+int doFan(char* cmdText, int repeat);
+/// `thermal`: feeds a simulated temperature to the fan's regulation.
+int doThermal(char* cmdText, int repeat);
+/// `func`: hands the whole text to the library's feature switches.
+int doFunction(char* cmdText, int repeat);
+/// `clk`: frequencies of the clock domains, bypass and off switches.
+int doClk(char* cmdText, int repeat);
+
+// Information and tracing.
+
+/// `version`, `ver`, `info`: the driver's version, and the live display of the use of video memory.
+int doVer(char* cmdText, int repeat);
+/// `query`: reports of the kernel driver.
+int doQuery(char* cmdText, int repeat);
+/// `card`: shows or changes the selected card.
+int doCard(char* cmdText, int repeat);
+/// `dump`: lists that the driver prints. The library's result is the status.
+int doDump(char* cmdText, int repeat);
+/// `monitor`: the counters of AXI transactions.
+int doMonitor(char* cmdText, int repeat);
+
 #endif

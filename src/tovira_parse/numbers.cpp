@@ -1,5 +1,7 @@
 #include "tovira_parse/numbers.h"
 
+#include <cstdlib>
+
 namespace
 {
 
@@ -55,4 +57,10 @@ int string_is_number(const char* text)
 std::int32_t htoi32(const char* text)
 {
     return static_cast<std::int32_t>(htoi(text));
+}
+
+std::int32_t decimal32(const char* text)
+{
+    constexpr int kDecimal = 10;
+    return static_cast<std::int32_t>(strtol(text, nullptr, kDecimal));
 }

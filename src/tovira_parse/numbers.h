@@ -20,4 +20,8 @@ int string_is_number(const char* text);
 /// The low 32 bits of a hexadecimal text as a signed number, as counts and channels are taken.
 std::int32_t htoi32(const char* text);
 
+/// The low 32 bits of a decimal text with or without a sign, up to its first non-digit: 0 without a digit. Beyond 64
+/// bits the value stays at the largest or least.
+std::int32_t decimal32(const char* text);
+
 #endif

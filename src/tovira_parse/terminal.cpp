@@ -1,5 +1,6 @@
 #include "tovira_parse/terminal.h"
 
+#include <sys/select.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -120,6 +121,20 @@ void flushTerminalOutput()
     if (isTerminal) {
         fflush(stdout);
     }
+}
+
+bool keyIsWaiting()
+{
+    // What was typed together with the key before it stands in the stream's buffer already.
+    if (stdin->_IO_read_ptr < stdin->_IO_read_end) {
+        return true;
+    }
+    constexpr suseconds_t kMomentMicroseconds = 10;
+    fd_set descriptors;
+    FD_ZERO(&descriptors);
+    FD_SET(STDIN_FILENO, &descriptors);
+    timeval moment = {.tv_sec = 0, .tv_usec = kMomentMicroseconds};
+    return select(STDIN_FILENO + 1, &descriptors, nullptr, nullptr, &moment) > 0;
 }
 
 int my_getch()

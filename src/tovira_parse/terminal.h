@@ -14,6 +14,9 @@ bool leaveRawTerminal();
 /// Makes what was printed so far visible when standard output is a terminal; a pipe or a file stays fully buffered.
 void flushTerminalOutput();
 
+/// Whether a byte of standard input, or its end, can be read without waiting for more than a moment.
+bool keyIsWaiting();
+
 /// Shows what was printed so far, then reads one byte from standard input with the terminal in raw mode for just that
 /// time. Returns the byte, or -1 when a terminal call fails or standard input has ended.
 int my_getch();

@@ -26,6 +26,11 @@ void lowerCase(char* text)
     shiftLetters(text, 'A', 'Z', 'a');
 }
 
+const char* textOrUnknown(const char* text)
+{
+    return text == nullptr ? "unknown" : text;
+}
+
 char* Tokens::keyword()
 {
     char* const token = argument();

@@ -30,6 +30,9 @@ void upperCase(char* text);
 /// Turns the letters `A` to `Z` of the text into lower case, in place and whatever the locale.
 void lowerCase(char* text);
 
+/// The text, or "unknown" where the device-access library gave none.
+const char* textOrUnknown(const char* text);
+
 /// Splits a modifiable text into tokens. A token stays valid as long as the text does.
 struct Tokens {
     char* rest;                  ///< what has not been split yet

@@ -25,8 +25,7 @@ std::uint32_t devadr = 0;
 
 int reportTransferError(int error)
 {
-    const char* const text = vekI2cErrString(error);
-    printf("I2C error: %s\n", text == nullptr ? "unknown" : text);
+    printf("I2C error: %s\n", textOrUnknown(vekI2cErrString(error)));
     return kStatusDone;
 }
 
