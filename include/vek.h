@@ -443,7 +443,8 @@ int vekHdmiEDIDRead(int channel);
 int vekHdmiHpdSense(int channel, uint8_t* status);
 
 /** Reads the timing that an HDMI output runs at: the preferred one of its sink's EDID. @return VEK_NO_RESPONSE without
-   a sink, VEK_BAD_DATA when the EDID is damaged or has no timing; the record is set on success only */
+    a sink, and when register 0x024 routes no display controller of the chip to the output, VEK_BAD_DATA when the EDID
+    is damaged or has no timing; the record is set on success only */
 int vekHdmiModeRead(int channel, struct VekDisplayMode* mode);
 
 /* An HDMI PHY has 256 registers of 16 bits, at addresses 0x000 to 0x3fc in steps of 4:
@@ -529,42 +530,87 @@ int vekEdpSelfTestSet(int channel, uint8_t state);
 
 /* ---- Display modes and gamma --------------------------------------------------------------------------------- */
 
-/** Reads the timing that a display controller runs at. @param channel 0 to 3 on QZ201, 0 and 1 on QZ202 */
+/* Register 0x024 of the register region routes the display controllers to the outputs, in a field of 4 bits an output:
+     bits 3:0    HDMI-0     DDC channel 0
+     bits 7:4    HDMI-1     DDC channel 1
+     bits 11:8   DP-0       AUX channel 0
+     bits 15:12  DP-1, eDP  AUX channel 1
+     bits 19:16  VGA        DDC channel 3 on QZ201, 1 on QZ202
+     bits 23:20  DVO        DDC channel 2 on QZ201
+   Bit 3 of a field switches the output on, bits 2:0 name the controller that feeds it. Bits 31:24, and the fields of
+   outputs that the chip lacks (on QZ202: HDMI-1, DP-1 and DVO), hold what is written and do nothing. */
+
+/** Reads the timing that a display controller runs at: the preferred one of the EDID of the first output, in the order
+    of register 0x024, that it feeds and that has a display attached.
+    @param channel 0 to 3 on QZ201, 0 and 1 on QZ202; VEK_BAD_ARGUMENT for any other
+    @param mode set on success only
+    @return VEK_NO_RESPONSE when the controller feeds no output with a display, VEK_BAD_DATA when that EDID is damaged
+    or has no timing */
 int vekCrtcModeRead(int channel, struct VekDisplayMode* mode);
 
-/** Prints which display controller feeds which output, decoded from register 0x024. */
+/** Prints register 0x024: its value, what each display controller of the chip feeds, which outputs are off, and which
+    name a controller that the chip lacks. */
 int vekCrtcOutputPrint(void);
 
-/** Sets a display controller's gamma ramp. @param setting the controller's number, then any of "ga R:G:B" (0.0 to 1.0
-    each), "br B" (brightness, 0.0 to 1.0) and "ct T" (colour temperature in kelvin, 1000 to 25100), separated by
-   blanks; what is not given takes 1.0:1.0:1.0, 1.0 and 6500. A malformed setting changes nothing. */
+/** Programs a display controller's gamma tables, 256 entries of 16 bits a colour, with
+    65535 * brightness * white * (i / 255)^(1 / gamma): gamma 1 leaves the picture as it is, less makes its middle
+    darker, 0 leaves full scale alone; the white of 6500 K is that of the display, other temperatures change it as a
+    black body's colour changes (with gains in light to the power of 1 / 2.2, the largest of them 1). What comes up
+    after power-on is the setting without any of the three.
+    @param setting "id [ga R:G:B] [br B] [ct T]" with blanks, tabs or line ends between the words: the controller's
+    number; gamma of red, green and blue, 0.0 to 1.0 each; brightness, 0.0 to 1.0; colour temperature in kelvin, 1000 to
+    25100. The three may come in any order, the last of a kind counts, and what is not given takes 1.0:1.0:1.0, 1.0 and
+    6500. Keywords may be in capitals. Numbers are plain decimals with a point, whatever the locale: digits, or digits,
+    a point and digits; no sign, no exponent.
+    @return VEK_BAD_ARGUMENT for any other text, and a null one: one line on standard error says why, and nothing has
+    been changed */
 int vekCrtcGammaSet(const char* setting);
 
-/** Sets the VGA output's gain of each colour. */
+/** Sets the VGA output's gain of each colour, in 255ths of full scale, which is what it comes up with.
+    @return VEK_NOT_AVAILABLE when the chip has no VGA output */
 int vekVgaSetGain(uint8_t red, uint8_t green, uint8_t blue);
 
-/** Sets the VGA output's gain of one colour. @param colour 'R', 'G' or 'B' */
+/** Sets the VGA output's gain of one colour. @param colour 'R', 'G' or 'B'; VEK_BAD_ARGUMENT for any other
+    @see vekVgaSetGain() */
 int vekVgaSetSigleGain(int colour, uint8_t gain);
 
 /* ---- Zoom video ---------------------------------------------------------------------------------------------- */
 
-/** Sets up a capture port and its SAA7111A decoder. @param id port, 0 or 1, as in all vekZoomVideo functions
+/* The registers of the two capture ports in the register region, those of port 1 in parentheses:
+     0x100c0 (0x100d0)  32 bits  control: bit 0 the capture logic measures the incoming picture, bit 1 the window shows
+     0x100cc (0x100dc)  16 bits  width of the incoming picture in pixels, read-only
+     0x100ce (0x100de)  16 bits  height of the incoming picture in lines, read-only
+     0x100e0 (0x10100)  32 bits  bit 31 set up, bit 0 layer, bit 1 I2C channel, bit 2 IICSA level
+     0x100e4 (0x10104)  32 bits  x in bits 15:0, y in bits 31:16
+     0x100e8 (0x10108)  32 bits  w in bits 15:0, h in bits 31:16
+     0x100ec (0x1010c)  32 bits  columns cut from the left
+     0x100f0 (0x10110)  32 bits  zoom exponents, horizontal in bits 1:0, vertical in bits 5:4
+     0x100f4 (0x10114)  32 bits  bit 31 has been started, bit 0 CRTC that shows the window
+   With bit 0 of the control register set, width and height turn from 0 to the size of the picture after one frame, 40
+   ms at most, and are 0 without a picture, whether the port has been set up or not; cleared, they stay. */
+
+/** Sets up a capture port and its SAA7111A decoder, which takes composite video from its input AI11.
+    @param id port, 0 or 1, as in all vekZoomVideo functions; VEK_BAD_ARGUMENT for any other
     @param i2c_channel I2C controller of the decoder, 0 or 1 @param i2c_sa level of the decoder's IICSA pin, 0 or 1
-    @param layer 0 hardware layer 1, 1 hardware layer 3 */
+    @param layer 0 hardware layer 1, 1 hardware layer 3
+    @return VEK_NO_RESPONSE when no decoder answers there; the port stays as it was then */
 int vekZoomVideoInit(int id, int i2c_channel, int i2c_sa, int layer);
 
-/** Starts capture into a window. @param x, y position and w, h size of the window in pixels @param cut_left columns cut
-    from the left of the picture @param zoomw, zoomh zoom factors 2^0 to 2^3 as their exponents, 0 to 3
-    @param connector CRTC that shows the window, 0 or 1 */
+/** Starts capture into a window. @param x, y position and w, h size of the window in pixels, from 0 and from 1 on; it
+    has to end within 8192 by 8192 @param cut_left columns cut from the left of the picture, 0 to 1023
+    @param zoomw, zoomh zoom factors 2^0 to 2^3 as their exponents, 0 to 3
+    @param connector CRTC that shows the window, 0 or 1
+    @return VEK_NO_RESPONSE before the port has been set up */
 int vekZoomVideoStart(int id, int x, int y, int w, int h, int cut_left, int zoomw, int zoomh, int connector);
 
-/** Stops capture. */
+/** Stops capture and takes the window away; also when there is none. */
 int vekZoomVideoStop(int id);
 
-/** Starts capture again as it was last started. */
+/** Starts capture again as it was last started. @return VEK_NO_RESPONSE when it never was */
 int vekZoomVideoRestart(int id);
 
-/** Reads a port's parameters: those of vekZoomVideoStart(), and the size of the incoming picture in pixels. */
+/** Reads a port's parameters: those of the last vekZoomVideoStart(), 0 before the first, and the size of the incoming
+    picture in pixels as the port's registers show it. */
 int vekZoomVideoGetParm(int id, int32_t* x, int32_t* y, int32_t* w, int32_t* h, int32_t* cut_left, int32_t* zoomw,
                         int32_t* zoomh, int32_t* connector, int32_t* camera_w, int32_t* camera_h);
 

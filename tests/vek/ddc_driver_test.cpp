@@ -15,6 +15,7 @@
 #include "captured_output.h"
 #include "drivers/ddc_edid.h"
 #include "drivers/hdmi_phy.h"
+#include "drivers/output_routing.h"
 #include "fake_i2c_bus.h"
 #include "vek.h"
 
@@ -200,12 +201,27 @@ private:
         int write(std::uint64_t /*address*/, unsigned /*width*/, std::uint64_t /*value*/) override { return VEK_OK; }
     };
 
+    /** A register region in which everything reads as the routing of HDMI-0 to display controller 0. */
+    class RoutedRegisters final : public vek::AddressSpace
+    {
+    public:
+        vek::ReadResult read(std::uint64_t /*address*/, unsigned /*width*/) override
+        {
+            return {VEK_OK, vek::output_routing::with(0, vek::DisplayOutput::kHdmi0, 0)};
+        }
+        int write(std::uint64_t /*address*/, unsigned /*width*/, std::uint64_t /*value*/) override { return VEK_OK; }
+    };
+
+    static constexpr vek::DisplayUnits kOneOutput{
+        .controllers = 1, .hdmiOutputs = 1, .dpOutputs = 0, .vgaDdc = vek::kNoDdc, .dvoDdc = vek::kNoDdc};
+
     FakeDisplay display_{{}};
     DeadPhy phy_;
+    RoutedRegisters registers_;
     vek::AccessPath path_{.mode = VEK_ACCESS_DRIVER,
                           .card = 0,
                           .deviceId = VEK_DEVICE_QZ201,
-                          .registers = nullptr,
+                          .registers = &registers_,
                           .videoMemory = nullptr,
                           .kernelMemory = nullptr,
                           .amba = nullptr,
@@ -213,7 +229,8 @@ private:
                           .pciConfiguration = nullptr,
                           .i2c = {},
                           .ddc = {&display_},
-                          .hdmiPhys = {&phy_}};
+                          .hdmiPhys = {&phy_},
+                          .displays = kOneOutput};
 };
 
 /** Reads channel 0. @return the validity flag, or the negative result. */

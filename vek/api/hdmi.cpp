@@ -1,9 +1,6 @@
-#include <cstddef>
-#include <span>
-
 #include "api/channels.h"
+#include "api/displays.h"
 #include "api/last_edid.h"
-#include "drivers/ddc_edid.h"
 #include "drivers/edid/edid.h"
 #include "drivers/hdmi_phy.h"
 #include "drivers/i2c_transfer.h"
@@ -96,21 +93,11 @@ int vekHdmiHpdSense(int channel, uint8_t* status)
 
 int vekHdmiModeRead(int channel, VekDisplayMode* mode)
 {
-    const auto [found, ddc] = vek::findDdc(channel);
+    const int found = vek::findDdc(channel).result;
     if (found != VEK_OK) {
         return found;
     }
-    if (mode == nullptr) {
-        return VEK_BAD_ARGUMENT;
-    }
-    vek::EdidBuffer bytes;
-    std::size_t length = 0;
-    const int result = vek::readEdid(*ddc, bytes, length);
-    if (result != VEK_OK) {
-        return result;
-    }
-    const auto edid = std::span(bytes).first(length);
-    return vek::checkEdid(edid).valid() && vek::preferredTiming(edid, *mode) ? VEK_OK : VEK_BAD_DATA;
+    return vek::readOutputTiming(channel == 0 ? vek::DisplayOutput::kHdmi0 : vek::DisplayOutput::kHdmi1, mode);
 }
 
 int vekHdmiPhyStart(int channel)

@@ -127,59 +127,6 @@ int vekEdpSelfTestSet(int /*channel*/, uint8_t /*state*/)
     return vek::unreached();
 }
 
-int vekCrtcModeRead(int /*channel*/, VekDisplayMode* /*mode*/)
-{
-    return vek::unreached();
-}
-
-int vekCrtcOutputPrint()
-{
-    return vek::unreached();
-}
-
-int vekCrtcGammaSet(const char* /*setting*/)
-{
-    return vek::unreached();
-}
-
-int vekVgaSetGain(uint8_t /*red*/, uint8_t /*green*/, uint8_t /*blue*/)
-{
-    return vek::unreached();
-}
-
-int vekVgaSetSigleGain(int /*colour*/, uint8_t /*gain*/)
-{
-    return vek::unreached();
-}
-
-int vekZoomVideoInit(int /*id*/, int /*i2c_channel*/, int /*i2c_sa*/, int /*layer*/)
-{
-    return vek::unreached();
-}
-
-int vekZoomVideoStart(int /*id*/, int /*x*/, int /*y*/, int /*w*/, int /*h*/, int /*cut_left*/, int /*zoomw*/,
-                      int /*zoomh*/, int /*connector*/)
-{
-    return vek::unreached();
-}
-
-int vekZoomVideoStop(int /*id*/)
-{
-    return vek::unreached();
-}
-
-int vekZoomVideoRestart(int /*id*/)
-{
-    return vek::unreached();
-}
-
-int vekZoomVideoGetParm(int /*id*/, int32_t* /*x*/, int32_t* /*y*/, int32_t* /*w*/, int32_t* /*h*/,
-                        int32_t* /*cut_left*/, int32_t* /*zoomw*/, int32_t* /*zoomh*/, int32_t* /*connector*/,
-                        int32_t* /*camera_w*/, int32_t* /*camera_h*/)
-{
-    return vek::unreached();
-}
-
 int vekSpiReadBuffer(void* /*buffer*/, int /*address*/, int /*size*/)
 {
     return vek::unreached();

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "card/sizes.h"
+#include "drivers/output_routing.h"
 
 namespace vek
 {
@@ -31,6 +32,9 @@ struct ChipFacts {
     std::uint8_t linkSpeed;         ///< PCI Express speed code: 3 is 8 GT/s, 4 is 16 GT/s.
     std::uint8_t ddcChannels;       ///< Monitor connectors with a DDC, up to 4.
     std::uint8_t hdmiOutputs;       ///< Up to 2; output n is on DDC channel n.
+    std::uint8_t controllers;       ///< Display controllers, up to 4.
+    std::int8_t vgaDdc;             ///< DDC channel of the VGA output; kNoDdc when there is none.
+    std::int8_t dvoDdc;             ///< DDC channel of the DVO output; kNoDdc when there is none.
     FirmwareClocks clocks;
     ProcessSites process;
 };
@@ -44,6 +48,9 @@ constexpr ChipFacts kQz201{
     .linkSpeed = 3,
     .ddcChannels = 4,
     .hdmiOutputs = 2,
+    .controllers = 4,
+    .vgaDdc = 3,
+    .dvoDdc = 2,
     .clocks = {600, 0, 150, 500, 500, 1000, 1000, 600, 1200},
     .process = {.count = 2, .counts = {{{1012, 1284, 1530}, {1019, 1291, 1542}}}},
 };
@@ -57,6 +64,9 @@ constexpr ChipFacts kQz202{
     .linkSpeed = 3,
     .ddcChannels = 2,
     .hdmiOutputs = 1,
+    .controllers = 2,
+    .vgaDdc = 1,
+    .dvoDdc = kNoDdc,
     .clocks = {500, 0, 125, 500, 400, 800, 900, 500, 1066},
     .process = {.count = 1, .counts = {{{987, 1251, 1497}}}},
 };

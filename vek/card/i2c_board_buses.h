@@ -9,11 +9,14 @@
 #include "card/eeprom_24c02.h"
 #include "card/eeprom_board_record.h"
 #include "card/i2c_simulated_bus.h"
+#include "card/saa7111a.h"
 
 namespace vek
 {
 
-/// The I2C channels of a board with what is soldered to them: on channel 0 the board's EEPROM at 0x50.
+/// The I2C channels of a board with what is soldered to them: on channel 0 the board's EEPROM at 0x50;
+/// on channels 0 and 1 the decoders of the zoom-video ports 0 and 1, the first one with its IICSA pin low, the second
+/// one with the pin high and nothing at its input.
 class BoardI2cBuses
 {
 public:
@@ -27,12 +30,18 @@ public:
 
     constexpr I2cBus* bus(std::size_t channel) { return &buses_[channel]; }
 
+    constexpr const Saa7111a& videoDecoder0() const { return decoder0_; }
+    constexpr const Saa7111a& videoDecoder1() const { return decoder1_; }
+
 private:
     static constexpr std::uint8_t kEepromAddress = 0x50;
 
     Eeprom24c02 eeprom_;
-    std::array<I2cSeat, 1> channel0Seats_{{{kEepromAddress, &eeprom_}}};
-    std::array<SimulatedI2cBus, kChannels> buses_{SimulatedI2cBus(channel0Seats_), SimulatedI2cBus({}),
+    Saa7111a decoder0_{VideoSignal::kPal};
+    Saa7111a decoder1_{VideoSignal::kNone};
+    std::array<I2cSeat, 2> channel0Seats_{{{kEepromAddress, &eeprom_}, {saa7111a::kAddress, &decoder0_}}};
+    std::array<I2cSeat, 1> channel1Seats_{{{saa7111a::kAddress + 1, &decoder1_}}};
+    std::array<SimulatedI2cBus, kChannels> buses_{SimulatedI2cBus(channel0Seats_), SimulatedI2cBus(channel1Seats_),
                                                   SimulatedI2cBus({}), SimulatedI2cBus({})};
 };
 

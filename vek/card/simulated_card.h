@@ -12,15 +12,19 @@
 #include "card/clock_unit.h"
 #include "card/die.h"
 #include "card/feature_registers.h"
+#include "card/gamma_table.h"
 #include "card/hdmi_phy.h"
 #include "card/i2c_board_buses.h"
 #include "card/monitor_ddc.h"
+#include "card/output_routing.h"
 #include "card/pci_configuration.h"
 #include "card/power_unit.h"
 #include "card/register_region.h"
 #include "card/sensor_unit.h"
 #include "card/sizes.h"
 #include "card/sparse_memory.h"
+#include "card/vga_dac.h"
+#include "card/zoom_video.h"
 #include "drivers/clocks.h"
 #include "drivers/feature_switches.h"
 #include "drivers/power.h"
@@ -38,9 +42,12 @@ using AttachedMonitors = std::array<std::span<const std::uint8_t>, 4>;
 /// AMBA map: 0x01000000 the register region, 16 MiB; 0x20000000 the board's RAM, 1 MiB; 0x40000000 the first GiB of
 /// video memory.
 struct SimulatedCard {
-    constexpr SimulatedCard(const ChipFacts& chip, const BoardRecord& board, const AttachedMonitors& monitors)
+    /// `routing` is what the board comes up with in the output routing register.
+    constexpr SimulatedCard(const ChipFacts& chip, const BoardRecord& board, const AttachedMonitors& monitors,
+                            std::uint32_t routing)
         : clocks(chip.clocks, die),
           sensors(die, chip.process),
+          outputRouting(routing),
           videoMemory(chip.videoMemorySize),
           amba(std::to_array<AddressWindow>({
               {.base = 0x0100'0000, .length = kRegisterRegionSize, .target = &registers},
@@ -70,8 +77,11 @@ struct SimulatedCard {
     SensorUnit sensors;
     PowerUnit power{clocks, die};
     FeatureRegisters features;
+    OutputRoutingRegisters outputRouting;
     /// The devices in the register region, ascending.
-    std::array<AddressWindow, 4> registerWindows{{
+    std::array<AddressWindow, 6> registerWindows{{
+        {.base = OutputRoutingRegisters::kBase, .length = OutputRoutingRegisters::kSize, .target = &outputRouting},
+        {.base = zoom_video::kBase, .length = zoom_video::kSize, .target = &zoomVideo},
         {.base = sensor_unit::kWindowBase, .length = sensor_unit::kWindowSize, .target = &sensors},
         {.base = clock_unit::kWindowBase, .length = clock_unit::kWindowSize, .target = &clocks},
         {.base = power_unit::kWindowBase, .length = power_unit::kWindowSize, .target = &power},
@@ -84,9 +94,12 @@ struct SimulatedCard {
     AmbaBus amba;
     PciConfiguration pciConfiguration;
     BoardI2cBuses i2c;
+    ZoomVideoPorts zoomVideo{clock, i2c.videoDecoder0(), i2c.videoDecoder1()};
     // As many as the largest chip has; on a smaller one no path leads to the last of them.
     std::array<DdcConnector, 4> ddc;
     std::array<HdmiPhy, 2> hdmiPhys;
+    std::array<GammaTable, 4> gammaTables;
+    VgaDac vgaDac;
 };
 
 }  // namespace vek

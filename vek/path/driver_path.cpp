@@ -2,6 +2,9 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <utility>
 
 #include "card/chip_facts.h"
 #include "card/kernel_memory.h"
@@ -32,9 +35,29 @@ constexpr BoardRecord kSecondBoard{
 constexpr AttachedMonitors kFirstMonitors{kMonitor1080p, kMonitor2160p, {}, kMonitorSxga};
 constexpr AttachedMonitors kSecondMonitors{kMonitorWuxga, {}, {}, {}};
 
+using Route = std::pair<DisplayOutput, std::uint32_t>;
+
+/// A routing with some outputs switched on, each fed by the display controller beside it.
+constexpr std::uint32_t routingOf(std::initializer_list<Route> routes)
+{
+    std::uint32_t routing = 0;
+    for (const auto& [output, controller] : routes) {
+        routing = output_routing::with(routing, output, controller);
+    }
+    return routing;
+}
+
+// What has a display is on. The eDP panel shows the picture of the other DisplayPort output.
+constexpr std::uint32_t kFirstRouting = routingOf({{DisplayOutput::kHdmi0, 0},
+                                                   {DisplayOutput::kHdmi1, 1},
+                                                   {DisplayOutput::kDp0, 2},
+                                                   {DisplayOutput::kDp1, 2},
+                                                   {DisplayOutput::kVga, 3}});
+constexpr std::uint32_t kSecondRouting = routingOf({{DisplayOutput::kHdmi0, 0}, {DisplayOutput::kDp0, 1}});
+
 // Cards keep their state while the program runs, as cards in their slots do, whichever of them is open.
-constinit SimulatedCard firstCard{kQz201, kFirstBoard, kFirstMonitors};
-constinit SimulatedCard secondCard{kQz202, kSecondBoard, kSecondMonitors};
+constinit SimulatedCard firstCard{kQz201, kFirstBoard, kFirstMonitors, kFirstRouting};
+constinit SimulatedCard secondCard{kQz202, kSecondBoard, kSecondMonitors, kSecondRouting};
 
 // The host has one kernel, whatever card is open.
 constinit KernelMemory kernelMemory;
@@ -48,6 +71,15 @@ constexpr Channels<Target, Most> firstChannels(std::size_t count, ChannelOf chan
         channels[channel] = channelOf(channel);
     }
     return channels;
+}
+
+constexpr DisplayUnits displaysOf(const ChipFacts& chip)
+{
+    return {.controllers = chip.controllers,
+            .hdmiOutputs = chip.hdmiOutputs,
+            .dpOutputs = 0,
+            .vgaDdc = chip.vgaDdc,
+            .dvoDdc = chip.dvoDdc};
 }
 
 constexpr AccessPath pathTo(int index, const ChipFacts& chip, SimulatedCard& card)
@@ -69,6 +101,10 @@ constexpr AccessPath pathTo(int index, const ChipFacts& chip, SimulatedCard& car
         .i2c = firstChannels<I2cBus, 4>(BoardI2cBuses::kChannels, [&](std::size_t n) { return card.i2c.bus(n); }),
         .ddc = firstChannels<I2cBus, 4>(chip.ddcChannels, [&](std::size_t n) { return card.ddc[n].bus(); }),
         .hdmiPhys = firstChannels<AddressSpace, 2>(chip.hdmiOutputs, [&](std::size_t n) { return &card.hdmiPhys[n]; }),
+        .displays = displaysOf(chip),
+        .gammaTables =
+            firstChannels<AddressSpace, 4>(chip.controllers, [&](std::size_t n) { return &card.gammaTables[n]; }),
+        .vgaDac = chip.vgaDdc == kNoDdc ? nullptr : &card.vgaDac,
     };
 }
 
