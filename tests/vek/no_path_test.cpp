@@ -105,6 +105,26 @@ const std::vector<Call>& servedCalls()
         {"vekHdmiPhyReset", [] { return vekHdmiPhyReset(1); }},
         {"vekHdmiPhyRead", [] { return vekHdmiPhyRead(1, 1, out<uint16_t>(0)); }},
         {"vekHdmiPhyWrite", [] { return vekHdmiPhyWrite(1, 1, 1); }},
+        {"vekSpiReadBuffer", [] { return vekSpiReadBuffer(out<uint8_t>(0), 1, 4); }},
+        {"vekSpiErase", [] { return vekSpiErase(1, 4); }},
+        {"vekSpiProgram", [] { return vekSpiProgram(kInput, 1, 4); }},
+        {"vekSpiProtect", [] { return vekSpiProtect(); }},
+        {"vekSpiUnprotect", [] { return vekSpiUnprotect(); }},
+        {"vekLTC2990GetCurrent2", [] { return vekLTC2990GetCurrent2(1, 0, 1, 1, out<float>(0), out<float>(1), 1, 1); }},
+        {"vekLTC2990GetVolt4",
+         [] { return vekLTC2990GetVolt4(1, 1, out<float>(0), out<float>(1), out<float>(2), out<float>(3), 1, 1); }},
+        {"vekLTC2991GetCurrent4",
+         [] {
+             return vekLTC2991GetCurrent4(1, 1, 1, 1, 1, 1, out<float>(0), out<float>(1), out<float>(2), out<float>(3),
+                                          1, 1);
+         }},
+        {"vekLTC2991GetVolt8",
+         [] {
+             return vekLTC2991GetVolt8(1, 1, out<float>(0), out<float>(1), out<float>(2), out<float>(3), out<float>(4),
+                                       out<float>(5), out<float>(6), out<float>(7), 1, 1);
+         }},
+        {"vekINA3221GetVolt2", [] { return vekINA3221GetVolt2(1, out<float>(0), out<float>(1)); }},
+        {"vekINA3221GetCurrent2", [] { return vekINA3221GetCurrent2(1, 1, 1, out<float>(0), out<float>(1)); }},
         {"do_edid_parse", [] { return do_edid_parse(nullptr); }},
         {"vekCrtcModeRead", [] { return vekCrtcModeRead(1, out<VekDisplayMode>(0)); }},
         {"vekCrtcOutputPrint", [] { return vekCrtcOutputPrint(); }},
@@ -163,26 +183,6 @@ const std::vector<Call>& unservedCalls()
         {"vekEdpPwmSet", [] { return vekEdpPwmSet(1); }},
         {"vekEdpLightSet", [] { return vekEdpLightSet(1); }},
         {"vekEdpSelfTestSet", [] { return vekEdpSelfTestSet(1, 1); }},
-        {"vekSpiReadBuffer", [] { return vekSpiReadBuffer(out<uint8_t>(0), 1, 4); }},
-        {"vekSpiErase", [] { return vekSpiErase(1, 4); }},
-        {"vekSpiProgram", [] { return vekSpiProgram(kInput, 1, 4); }},
-        {"vekSpiProtect", [] { return vekSpiProtect(); }},
-        {"vekSpiUnprotect", [] { return vekSpiUnprotect(); }},
-        {"vekLTC2990GetCurrent2", [] { return vekLTC2990GetCurrent2(1, 1, 1, 1, out<float>(0), out<float>(1), 1, 1); }},
-        {"vekLTC2990GetVolt4",
-         [] { return vekLTC2990GetVolt4(1, 1, out<float>(0), out<float>(1), out<float>(2), out<float>(3), 1, 1); }},
-        {"vekLTC2991GetCurrent4",
-         [] {
-             return vekLTC2991GetCurrent4(1, 1, 1, 1, 1, 1, out<float>(0), out<float>(1), out<float>(2), out<float>(3),
-                                          1, 1);
-         }},
-        {"vekLTC2991GetVolt8",
-         [] {
-             return vekLTC2991GetVolt8(1, 1, out<float>(0), out<float>(1), out<float>(2), out<float>(3), out<float>(4),
-                                       out<float>(5), out<float>(6), out<float>(7), 1, 1);
-         }},
-        {"vekINA3221GetVolt2", [] { return vekINA3221GetVolt2(1, out<float>(0), out<float>(1)); }},
-        {"vekINA3221GetCurrent2", [] { return vekINA3221GetCurrent2(1, 1, 1, out<float>(0), out<float>(1)); }},
         {"vekRvtcoreVer", [] { return vekRvtcoreVer(out<int>(0), out<int>(1), out<int>(2), out<int>(3)); }},
         {"vekInfoRead", [] { return vekInfoRead(out<gpu_info>(0)); }},
         {"vekMonitorAxiTrans_QZ201", [] { return vekMonitorAxiTrans_QZ201(); }},

@@ -127,68 +127,6 @@ int vekEdpSelfTestSet(int /*channel*/, uint8_t /*state*/)
     return vek::unreached();
 }
 
-int vekSpiReadBuffer(void* /*buffer*/, int /*address*/, int /*size*/)
-{
-    return vek::unreached();
-}
-
-int vekSpiErase(int /*address*/, int /*size*/)
-{
-    return vek::unreached();
-}
-
-int vekSpiProgram(const void* /*buffer*/, int /*address*/, int /*size*/)
-{
-    return vek::unreached();
-}
-
-int vekSpiProtect()
-{
-    return vek::unreached();
-}
-
-int vekSpiUnprotect()
-{
-    return vek::unreached();
-}
-
-int vekLTC2990GetCurrent2(int /*channel*/, int /*address_index*/, unsigned int /*rsense1*/, unsigned int /*rsense2*/,
-                          float* /*current1*/, float* /*current2*/, int /*repeated*/, int /*wait_ready*/)
-{
-    return vek::unreached();
-}
-
-int vekLTC2990GetVolt4(int /*channel*/, int /*address_index*/, float* /*v1*/, float* /*v2*/, float* /*v3*/,
-                       float* /*v4*/, int /*repeated*/, int /*wait_ready*/)
-{
-    return vek::unreached();
-}
-
-int vekLTC2991GetCurrent4(int /*channel*/, int /*address_index*/, unsigned int /*rsense1*/, unsigned int /*rsense2*/,
-                          unsigned int /*rsense3*/, unsigned int /*rsense4*/, float* /*current1*/, float* /*current2*/,
-                          float* /*current3*/, float* /*current4*/, int /*repeated*/, int /*wait_ready*/)
-{
-    return vek::unreached();
-}
-
-int vekLTC2991GetVolt8(int /*channel*/, int /*address_index*/, float* /*v1*/, float* /*v2*/, float* /*v3*/,
-                       float* /*v4*/, float* /*v5*/, float* /*v6*/, float* /*v7*/, float* /*v8*/, int /*repeated*/,
-                       int /*wait_ready*/)
-{
-    return vek::unreached();
-}
-
-int vekINA3221GetVolt2(int /*channel*/, float* /*millivolts1*/, float* /*millivolts2*/)
-{
-    return vek::unreached();
-}
-
-int vekINA3221GetCurrent2(int /*channel*/, unsigned int /*rsense1*/, unsigned int /*rsense2*/, float* /*current1*/,
-                          float* /*current2*/)
-{
-    return vek::unreached();
-}
-
 int vekRvtcoreVer(int* /*major*/, int* /*minor*/, int* /*third*/, int* /*fourth*/)
 {
     return vek::unreached();

@@ -7,6 +7,7 @@
 
 #include "card/address_window.h"
 #include "card/amba_bus.h"
+#include "card/board_rails.h"
 #include "card/card_clock.h"
 #include "card/chip_facts.h"
 #include "card/clock_unit.h"
@@ -23,6 +24,7 @@
 #include "card/sensor_unit.h"
 #include "card/sizes.h"
 #include "card/sparse_memory.h"
+#include "card/spi_nor_flash.h"
 #include "card/vga_dac.h"
 #include "card/zoom_video.h"
 #include "drivers/clocks.h"
@@ -43,8 +45,8 @@ using AttachedMonitors = std::array<std::span<const std::uint8_t>, 4>;
 /// video memory.
 struct SimulatedCard {
     /// `routing` is what the board comes up with in the output routing register.
-    constexpr SimulatedCard(const ChipFacts& chip, const BoardRecord& board, const AttachedMonitors& monitors,
-                            std::uint32_t routing)
+    constexpr SimulatedCard(const ChipFacts& chip, const BoardRecord& board, const BoardRails& rails,
+                            const AttachedMonitors& monitors, std::uint32_t routing)
         : clocks(chip.clocks, die),
           sensors(die, chip.process),
           outputRouting(routing),
@@ -55,7 +57,7 @@ struct SimulatedCard {
               {.base = 0x4000'0000, .length = kVideoMemoryWindowSize, .target = &videoMemory},
           })),
           pciConfiguration(chip),
-          i2c(board),
+          i2c(board, rails, clock),
           ddc{DdcConnector(monitors[0]), DdcConnector(monitors[1]), DdcConnector(monitors[2]),
               DdcConnector(monitors[3])},
           hdmiPhys{HdmiPhy(!monitors[0].empty()), HdmiPhy(!monitors[1].empty())}
@@ -94,6 +96,7 @@ struct SimulatedCard {
     AmbaBus amba;
     PciConfiguration pciConfiguration;
     BoardI2cBuses i2c;
+    SpiNorFlash spi{clock};
     ZoomVideoPorts zoomVideo{clock, i2c.videoDecoder0(), i2c.videoDecoder1()};
     // As many as the largest chip has; on a smaller one no path leads to the last of them.
     std::array<DdcConnector, 4> ddc;

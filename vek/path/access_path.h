@@ -7,6 +7,7 @@
 #include "address_space.h"
 #include "drivers/output_routing.h"
 #include "i2c_bus.h"
+#include "spi_bus.h"
 #include "vek.h"
 
 namespace vek
@@ -34,6 +35,7 @@ struct AccessPath {
     AddressSpace* power = nullptr;        ///< Register file of the power unit.
     AddressSpace* features = nullptr;     ///< Register file of the feature switches.
     Channels<I2cBus, 4> i2c;              ///< The board's I2C channels.
+    SpiBus* spi = nullptr;                ///< The SPI bus with the board's flash.
     Channels<I2cBus, 4> ddc;              ///< The display connectors' DDC channels.
     Channels<AddressSpace, 2> hdmiPhys;   ///< Register files of the HDMI outputs' PHYs; output n is on DDC channel n.
     DisplayUnits displays = kNoDisplays;  ///< Which display controllers and outputs the card has.

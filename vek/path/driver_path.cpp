@@ -32,6 +32,35 @@ constexpr BoardRecord kSecondBoard{
     .serial = "TV20222030007",
 };
 
+// The loads of a card that shows a desktop. The resistors are of 3 and 5 milliohms.
+constexpr BoardRails kFirstRails{
+    .ltc2990 = {{{.microvolts = 903'000, .milliamperes = 18'400, .milliohms = 3},     // core
+                 {.microvolts = 1'352'000, .milliamperes = 7'250, .milliohms = 3}}},  // video memory
+    .ltc2991 = {{{.microvolts = 3'310'000, .milliamperes = 1'260, .milliohms = 5},    // display outputs
+                 {.microvolts = 1'806'000, .milliamperes = 2'420, .milliohms = 5},    // memory interface
+                 {.microvolts = 1'204'000, .milliamperes = 1'880, .milliohms = 5},    // PCI Express PHY
+                 {.microvolts = 951'000, .milliamperes = 3'100, .milliohms = 5}}},    // logic beside the core
+    .ina3221 = {{{.microvolts = 12'080'000, .milliamperes = 2'160, .milliohms = 5},   // slot, 12 V
+                 {.microvolts = 12'130'000, .milliamperes = 1'740, .milliohms = 5},   // power connector
+                 {.microvolts = 3'328'000, .milliamperes = 1'120, .milliohms = 5}}},  // slot, 3.3 V
+    .monitorSupply = 3'300'000,
+    .boardTemperature = 41'500,
+};
+
+constexpr BoardRails kSecondRails{
+    .ltc2990 = {{{.microvolts = 884'000, .milliamperes = 9'650, .milliohms = 3},
+                 {.microvolts = 1'203'000, .milliamperes = 3'840, .milliohms = 3}}},
+    .ltc2991 = {{{.microvolts = 3'296'000, .milliamperes = 720, .milliohms = 5},
+                 {.microvolts = 1'797'000, .milliamperes = 1'310, .milliohms = 5},
+                 {.microvolts = 1'198'000, .milliamperes = 1'040, .milliohms = 5},
+                 {.microvolts = 902'000, .milliamperes = 1'570, .milliohms = 5}}},
+    .ina3221 = {{{.microvolts = 12'040'000, .milliamperes = 1'480, .milliohms = 5},
+                 {.microvolts = 0, .milliamperes = 0, .milliohms = 5},  // there is no power connector
+                 {.microvolts = 3'304'000, .milliamperes = 640, .milliohms = 5}}},
+    .monitorSupply = 3'300'000,
+    .boardTemperature = 36'250,
+};
+
 constexpr AttachedMonitors kFirstMonitors{kMonitor1080p, kMonitor2160p, {}, kMonitorSxga};
 constexpr AttachedMonitors kSecondMonitors{kMonitorWuxga, {}, {}, {}};
 
@@ -56,8 +85,8 @@ constexpr std::uint32_t kFirstRouting = routingOf({{DisplayOutput::kHdmi0, 0},
 constexpr std::uint32_t kSecondRouting = routingOf({{DisplayOutput::kHdmi0, 0}, {DisplayOutput::kDp0, 1}});
 
 // Cards keep their state while the program runs, as cards in their slots do, whichever of them is open.
-constinit SimulatedCard firstCard{kQz201, kFirstBoard, kFirstMonitors, kFirstRouting};
-constinit SimulatedCard secondCard{kQz202, kSecondBoard, kSecondMonitors, kSecondRouting};
+constinit SimulatedCard firstCard{kQz201, kFirstBoard, kFirstRails, kFirstMonitors, kFirstRouting};
+constinit SimulatedCard secondCard{kQz202, kSecondBoard, kSecondRails, kSecondMonitors, kSecondRouting};
 
 // The host has one kernel, whatever card is open.
 constinit KernelMemory kernelMemory;
@@ -99,6 +128,7 @@ constexpr AccessPath pathTo(int index, const ChipFacts& chip, SimulatedCard& car
         .power = &card.power,
         .features = &card.features,
         .i2c = firstChannels<I2cBus, 4>(BoardI2cBuses::kChannels, [&](std::size_t n) { return card.i2c.bus(n); }),
+        .spi = &card.spi,
         .ddc = firstChannels<I2cBus, 4>(chip.ddcChannels, [&](std::size_t n) { return card.ddc[n].bus(); }),
         .hdmiPhys = firstChannels<AddressSpace, 2>(chip.hdmiOutputs, [&](std::size_t n) { return &card.hdmiPhys[n]; }),
         .displays = displaysOf(chip),
