@@ -13,6 +13,8 @@ namespace memory_test
 namespace
 {
 
+using console_test::AllocationFailure;
+using console_test::takeLargestRequest;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 

@@ -191,7 +191,17 @@ bool PtyConsole::waitForRawMode()
 
 bool PtyConsole::send(std::string_view keys)
 {
-    return waitForRawMode() && write(master_, keys.data(), keys.size()) == static_cast<ssize_t>(keys.size());
+    return waitForRawMode() && type(keys);
+}
+
+bool PtyConsole::sendToCommand(std::string_view keys)
+{
+    return (settings().c_lflag & (ICANON | ECHO)) != 0 && type(keys);
+}
+
+bool PtyConsole::type(std::string_view keys)
+{
+    return write(master_, keys.data(), keys.size()) == static_cast<ssize_t>(keys.size());
 }
 
 std::string PtyConsole::read(std::size_t count)

@@ -68,6 +68,10 @@ public:
     /** Waits for raw mode, then types keys. @return false when the time is over */
     bool send(std::string_view keys);
 
+    /** Types keys while a command runs, which has the terminal as it was before. @return false when the terminal was in
+        raw mode instead, or could not be written to */
+    bool sendToCommand(std::string_view keys);
+
     /** The next bytes of output; fewer when the time is over or the output has ended. */
     std::string read(std::size_t count);
 
@@ -101,6 +105,7 @@ public:
 private:
     using Deadline = std::chrono::steady_clock::time_point;
 
+    bool type(std::string_view keys);
     std::string readUntil(const std::function<std::size_t()>& available);
     bool receive(Deadline deadline);
     std::string take(std::size_t count);

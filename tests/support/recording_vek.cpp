@@ -104,6 +104,7 @@ struct State {
     Settings settings = settingsFromEnvironment();
     std::vector<std::string> calls;
     std::map<std::string, int, std::less<>> call_counts;
+    std::function<void(const std::string&)> on_call;
     int cancelled_collectors = 0;
     Memories memories;
     Outputs outputs;
@@ -212,7 +213,12 @@ std::optional<int> record(const char* name, Arguments... arguments)
 {
     std::string list;
     ((list += (list.empty() ? "" : ", ") + formatArgument(arguments)), ...);
-    return enterCall(name, std::string(name) + '(' + list + ')');
+    const std::string line = std::string(name) + '(' + list + ')';
+    const std::optional<int> result = enterCall(name, line);
+    if (state().on_call) {
+        state().on_call(line);
+    }
+    return result;
 }
 
 /** Records a call. @return its result */
@@ -344,6 +350,7 @@ void reset()
     now.settings = settingsFromEnvironment();
     now.calls.clear();
     now.call_counts.clear();
+    now.on_call = nullptr;
     now.cancelled_collectors = 0;
     now.memories = Memories{};
     now.outputs = Outputs{};
@@ -364,6 +371,17 @@ std::vector<std::string> deviceCalls()
     };
     std::copy_if(calls().begin(), calls().end(), std::back_inserter(found), asks_the_device);
     return found;
+}
+
+void setOnCall(std::function<void(const std::string& line)> react)
+{
+    state().on_call = std::move(react);
+}
+
+void note(const std::string& line)
+{
+    const std::lock_guard lock(state().mutex);
+    state().calls.push_back(line);
 }
 
 bool waitForCall(const std::string& name, std::chrono::milliseconds timeout)

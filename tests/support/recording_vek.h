@@ -28,6 +28,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -139,6 +140,13 @@ const std::vector<std::string>& calls();
 
 /** The lines of calls() but for get_s_type() and get_device_id(), which only ask what the connection is. */
 std::vector<std::string> deviceCalls();
+
+/** Has a function see the line of every call once it is recorded, before the call is answered: what it changes in the
+    outputs and memories counts for this call already. Null, or reset(), ends that. It must not call the library. */
+void setOnCall(std::function<void(const std::string& line)> react);
+
+/** Adds a line to calls() for something that is not a call of the library, to see its place among them. */
+void note(const std::string& line);
 
 /** Waits until a function has been called, by whichever thread. @return false when the time is over */
 bool waitForCall(const std::string& name, std::chrono::milliseconds timeout);
