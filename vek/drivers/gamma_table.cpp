@@ -18,6 +18,14 @@ double curveAt(double input, double gamma)
     return input < 1 ? 0 : 1;
 }
 
+/// The entry for an output of 0 to 1.
+std::uint16_t nearestEntry(double output)
+{
+    // Twice as fine, so that the last bit tells whether to round up: lround() would need the mathematics library.
+    const auto halves = static_cast<std::uint32_t>(output * (2.0 * gamma_table::kFullScale));
+    return static_cast<std::uint16_t>((halves + 1) / 2);
+}
+
 int writeCurve(AddressSpace& table, std::size_t colour, const GammaCurve& curve)
 {
     for (std::size_t entry = 0; entry < curve.size(); ++entry) {
@@ -37,7 +45,7 @@ GammaCurve gammaCurve(double gamma, double brightness, double tint)
     GammaCurve curve{};
     for (std::size_t entry = 0; entry < curve.size(); ++entry) {
         const double output = brightness * tint * curveAt(static_cast<double>(entry) / kLast, gamma);
-        curve[entry] = static_cast<std::uint16_t>(output * gamma_table::kFullScale + 0.5);
+        curve[entry] = nearestEntry(output);
     }
     return curve;
 }
