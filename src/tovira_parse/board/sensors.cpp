@@ -43,7 +43,9 @@ template <const Quantity& Kind>
 int showSensors(char* cmdText)
 {
     Tokens tokens{cmdText};
-    tokens.word();
+    if (tokens.word() == nullptr) {
+        return kStatusBadArgument;
+    }
     if (const char* const token = tokens.word()) {
         const auto sensor = static_cast<std::uint32_t>(htoi(token));
         // Numbers have no sign; one that is typed all the same names no sensor.
@@ -121,6 +123,8 @@ int doProcess(char* cmdText, int /*repeat*/)
 {
     const unsigned deviceId = get_device_id();
     Tokens tokens{cmdText};
-    tokens.word();
-    return tokens.word() != nullptr ? kStatusBadArgument : showAllProcesses(processSensors(deviceId));
+    if (tokens.word() == nullptr || tokens.word() != nullptr) {
+        return kStatusBadArgument;
+    }
+    return showAllProcesses(processSensors(deviceId));
 }
