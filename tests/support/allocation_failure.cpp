@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
+#include <new>
 
 // The linker's --wrap gives these names: calls of calloc() arrive at __wrap_calloc(), and __real_calloc() is calloc()
 // itself; the same with malloc().
@@ -50,6 +52,26 @@ void* __wrap_calloc(std::size_t count, std::size_t size)
 }
 
 // NOLINTEND(bugprone-reserved-identifier, cert-dcl37-c)
+
+// The tests themselves, which use `new`, go on to get memory when the C++ library is linked statically as well.
+void* operator new(std::size_t size)
+{
+    void* memory = __real_malloc(std::max<std::size_t>(size, 1));
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t /*unused*/) noexcept
+{
+    std::free(memory);
+}
 
 namespace console_test
 {

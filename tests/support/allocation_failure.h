@@ -2,7 +2,7 @@
  * @file allocation_failure.h
  * Lets malloc() and calloc() in a test program fail, as they do on a machine without memory to spare.
  *
- * Calls from inside shared libraries, such as those of `operator new`, are not touched.
+ * Calls from inside shared libraries and those of `operator new` are not touched.
  */
 #ifndef ALLOCATION_FAILURE_H
 #define ALLOCATION_FAILURE_H
