@@ -472,60 +472,103 @@ int vekHdmiPhyWrite(int channel, uint32_t address, uint16_t value);
 
 /* ---- DisplayPort and eDP ------------------------------------------------------------------------------------- */
 
-/** Initialises a DisplayPort controller. @param channel output index; VEK_BAD_ARGUMENT when the chip lacks it, as in
-   all vekDp functions */
+/* Outputs: 0 and 1 on QZ201, where output 1 is the eDP; 0 on QZ202. Any other channel answers VEK_BAD_ARGUMENT in all
+   vekDp functions and vekEdpSelfTestSet(). What goes over the AUX channel may answer VEK_NO_RESPONSE when the sink does
+   not reply, VEK_TIMED_OUT when it defers for ever, VEK_IO_ERROR when it refuses a request; outputs are left untouched
+   then, after VEK_NO_RESPONSE too.
+
+   A DisplayPort PHY has 64 registers of 32 bits, at addresses 0x00 to 0xfc in steps of 4:
+     0x00  phy_id, read-only
+     0x04  phy_ctrl: bit 0 power, bit 1 reset when written as 1, bits 7:4 lanes that send, lane 0 in bit 4
+     0x08  phy_status, read-only: bit 0 PLL locked, bit 1 hot-plug
+     0x0c  phy_rate: link rate in units of 0.27 Gbit/s a lane, 0x06, 0x0a or 0x14
+     0x10  phy_pattern: training pattern that is sent, 1 to 3, or 0 for none
+     0x20  phy_drive0: voltage swing of lane 0 in bits 1:0, its pre-emphasis in bits 5:4; lanes 1 to 3 follow
+     all others hold what is written.
+
+   A DisplayPort controller has 256 registers of 16 bits, at addresses 0x000 to 0x1fe in steps of 2:
+     0x000  ctl_id, read-only
+     0x002  ctl_ctrl: bit 0 enable, bit 1 reset when written as 1, bit 2 main stream on
+     0x004  ctl_status, read-only: bit 0 the controller has a link, bit 1 the main stream is sent
+     0x006  ctl_rate: link rate as in phy_rate
+     0x008  ctl_lanes: bits 4:0 lanes, 1, 2 or 4; bit 7 enhanced framing
+     0x010  main stream attributes: Mvid, low and high word, Nvid, low and high word; from 0x018 on Htotal, Vtotal,
+            Hstart, Vstart, HSP|HSW, VSP|VSW (bit 15: active low), Hwidth, Vheight, MISC0, MISC1
+     all others hold what is written. */
+
+/** Initialises an output: resets its PHY and its controller, switches the PHY's power on and enables the controller.
+    There is no link afterwards. @param channel output index */
 int vekDpInit(int channel);
 
-/** Trains the main link: clock recovery, then channel equalisation. @return VEK_IO_ERROR when training fails */
+/** Trains the main link after vekDpInit(): clock recovery, then channel equalisation, with the highest rate and the
+    most lanes that the sink knows, then with less of them. The main stream stops.
+    @return VEK_IO_ERROR when no rate and number of lanes can be trained, VEK_TIMED_OUT when the PHY's PLL does not
+    lock, as before vekDpInit(), VEK_BAD_DATA when the sink's capabilities make no sense */
 int vekDpLinkTraining(int channel);
 
-/** Configures the controller's main stream for the present timing. */
+/** Programs the controller's main stream attributes for the preferred timing of the sink's EDID, 8 bits a colour, and
+    starts the stream. @return VEK_IO_ERROR when the link is not trained, VEK_BAD_DATA when the EDID is damaged or has
+    no timing, VEK_OUT_OF_RANGE when the link is too slow for it; the controller stays as it was then */
 int vekDpCTLCfg(int channel);
 
-/** Reads the timing that a DisplayPort output runs at. */
+/** Reads the timing that a DisplayPort output runs at: the preferred one of its sink's EDID. @return VEK_NO_RESPONSE
+    without a sink, VEK_BAD_DATA when the EDID is damaged or has no timing; the record is set on success only */
 int vekDpModeRead(int channel, struct VekDisplayMode* mode);
 
-/** Reads a byte of the sink's DPCD over the AUX channel. @param address 20-bit DPCD address */
+/** Reads a byte of the sink's DPCD over the AUX channel. @param address 20-bit DPCD address; VEK_BAD_ARGUMENT beyond */
 int vekDpAuxRead(int channel, uint32_t address, uint8_t* value);
 
-/** Reads consecutive bytes of the sink's DPCD. @param buffer receives count bytes @param count 0 or more */
+/** Reads consecutive bytes of the sink's DPCD. @param address of the first; VEK_BAD_ARGUMENT when the bytes do not lie
+    within 20 bits of address @param buffer receives count bytes @param count 0 or more; 0 does nothing */
 int vekDpAuxReadBuf(int channel, uint32_t address, uint8_t* buffer, int count);
 
-/** Writes a byte of the sink's DPCD over the AUX channel. */
+/** Writes a byte of the sink's DPCD over the AUX channel. @param address 20-bit DPCD address
+    @return VEK_IO_ERROR when the sink refuses, as it does with a field that is read-only or that it does not have */
 int vekDpAuxWrite(int channel, uint32_t address, uint8_t value);
 
-/** Reads the sink's EDID through I2C over AUX. @param buffer VEK_EDID_BUFFER_SIZE bytes; longer EDID is cut there
-    @param length receives the number of bytes */
+/** Reads the sink's EDID through I2C over AUX: the base block and as many extensions as it declares. Nothing is checked
+    beyond its header, so the bytes may be damaged.
+    @param buffer VEK_EDID_BUFFER_SIZE bytes; longer EDID is cut there @param length receives the number of bytes */
 int vekDpAuxEdidGet(int channel, uint8_t* buffer, int* length);
 
-/** Reads a byte of an I2C device of the sink through I2C over AUX. @param device 7-bit address */
+/** Reads a byte of an I2C device of the sink through I2C over AUX. @param device 7-bit address @return VEK_NO_RESPONSE
+    when no device of that address answers, VEK_NO_ACK_DATA when it does not take the sub-address */
 int vekDpI2cRead(int channel, uint32_t device, uint8_t sub_address, uint8_t* value);
 
-/** Reads consecutive bytes of an I2C device of the sink. @param buffer receives count bytes @param count 0 or more */
+/** Reads consecutive bytes of an I2C device of the sink. @param buffer receives count bytes
+    @param count 0 to 65,536; 0 does nothing @see vekDpI2cRead() */
 int vekDpI2cReadBuf(int channel, uint32_t device, uint8_t sub_address, uint8_t* buffer, int count);
 
-/** Reads a 16-bit register of the controller's register block. @param address byte address, a multiple of 2 */
+/** Reads a 16-bit register of the controller's register block. @param address byte address of a register
+    @param value receives it; all ones with VEK_NO_RESPONSE, which any other address answers */
 int vekDpCdbRead(int channel, uint32_t address, uint16_t* value);
 
-/** Writes a 16-bit register of the controller's register block. @param address byte address, a multiple of 2 */
+/** Writes a 16-bit register of the controller's register block. @param address byte address of a register;
+    VEK_NO_RESPONSE for any other @return VEK_PROTECTED for a read-only register */
 int vekDpCdbWrite(int channel, uint32_t address, uint16_t value);
 
-/** Reads a 32-bit register of a DisplayPort PHY. @param address byte address, a multiple of 4 */
+/** Reads a 32-bit register of a DisplayPort PHY. @param address byte address of a register
+    @param value receives it; all ones with VEK_NO_RESPONSE, which any other address answers */
 int vekDpPhyRead(int channel, uint32_t address, uint32_t* value);
 
-/** Writes a 32-bit register of a DisplayPort PHY. @param address byte address, a multiple of 4 */
+/** Writes a 32-bit register of a DisplayPort PHY. @param address byte address of a register; VEK_NO_RESPONSE for any
+    other @return VEK_PROTECTED for a read-only register */
 int vekDpPhyWrite(int channel, uint32_t address, uint32_t value);
 
-/** Puts the frequency and the duty set by vekEdpPwmSet() and vekEdpLightSet() into effect. */
+/** Puts the frequency and the duty set by vekEdpPwmSet() and vekEdpLightSet() into effect, rounded to clocks of 27 MHz,
+    and switches the backlight's PWM on. Until set, they are 1 kHz and 100 %.
+    @return VEK_NOT_AVAILABLE, as vekEdpPwmSet() and vekEdpLightSet(), when the chip has no eDP */
 int vekEdpEnablePwm(void);
 
-/** Sets the frequency of the backlight's PWM. @param frequency_hz 200 to 1,000,000 */
+/** Sets the frequency that the backlight's PWM takes with the next vekEdpEnablePwm().
+    @param frequency_hz 200 to 1,000,000 */
 int vekEdpPwmSet(int frequency_hz);
 
-/** Sets the duty of the backlight's PWM. @param percent 0 to 100 */
+/** Sets the duty that the backlight's PWM takes with the next vekEdpEnablePwm(). @param percent 0 to 100 */
 int vekEdpLightSet(int percent);
 
-/** Switches the eDP self-test pattern. @param state 0 off, 1 on */
+/** Switches the self-test picture of an eDP panel through its DPCD. @param state 0 off, 1 on
+    @return VEK_NOT_AVAILABLE when the sink is no panel or has no such picture */
 int vekEdpSelfTestSet(int channel, uint8_t state);
 
 /* ---- Display modes and gamma --------------------------------------------------------------------------------- */

@@ -32,6 +32,8 @@ struct ChipFacts {
     std::uint8_t linkSpeed;         ///< PCI Express speed code: 3 is 8 GT/s, 4 is 16 GT/s.
     std::uint8_t ddcChannels;       ///< Monitor connectors with a DDC, up to 4.
     std::uint8_t hdmiOutputs;       ///< Up to 2; output n is on DDC channel n.
+    std::uint8_t dpOutputs;         ///< DisplayPort outputs, up to 2.
+    bool edpBacklight;              ///< There is an eDP panel, on the last of them.
     std::uint8_t controllers;       ///< Display controllers, up to 4.
     std::int8_t vgaDdc;             ///< DDC channel of the VGA output; kNoDdc when there is none.
     std::int8_t dvoDdc;             ///< DDC channel of the DVO output; kNoDdc when there is none.
@@ -48,6 +50,8 @@ constexpr ChipFacts kQz201{
     .linkSpeed = 3,
     .ddcChannels = 4,
     .hdmiOutputs = 2,
+    .dpOutputs = 2,
+    .edpBacklight = true,
     .controllers = 4,
     .vgaDdc = 3,
     .dvoDdc = 2,
@@ -64,6 +68,8 @@ constexpr ChipFacts kQz202{
     .linkSpeed = 3,
     .ddcChannels = 2,
     .hdmiOutputs = 1,
+    .dpOutputs = 1,
+    .edpBacklight = false,
     .controllers = 2,
     .vgaDdc = 1,
     .dvoDdc = kNoDdc,

@@ -12,10 +12,15 @@
 #include "card/chip_facts.h"
 #include "card/clock_unit.h"
 #include "card/die.h"
+#include "card/dp_controller.h"
+#include "card/dp_phy.h"
+#include "card/dp_sink.h"
+#include "card/edp_backlight.h"
 #include "card/feature_registers.h"
 #include "card/gamma_table.h"
 #include "card/hdmi_phy.h"
 #include "card/i2c_board_buses.h"
+#include "card/mcu.h"
 #include "card/monitor_ddc.h"
 #include "card/output_routing.h"
 #include "card/pci_configuration.h"
@@ -38,6 +43,9 @@ namespace vek
 /// The EDID of the display on each DDC channel, empty where none is attached.
 using AttachedMonitors = std::array<std::span<const std::uint8_t>, 4>;
 
+/// What is at the end of each DisplayPort output.
+using AttachedSinks = std::array<DpSinkFacts, 2>;
+
 /// A card with one of the chips on it, as it stands after power-on and the driver's start. What is on the card speaks
 /// to its other parts through address spaces only, so a part may be replaced by one with more behaviour of its own.
 ///
@@ -46,8 +54,11 @@ using AttachedMonitors = std::array<std::span<const std::uint8_t>, 4>;
 struct SimulatedCard {
     /// `routing` is what the board comes up with in the output routing register.
     constexpr SimulatedCard(const ChipFacts& chip, const BoardRecord& board, const BoardRails& rails,
-                            const AttachedMonitors& monitors, std::uint32_t routing)
-        : clocks(chip.clocks, die),
+                            const AttachedMonitors& monitors, const AttachedSinks& sinks, std::uint32_t routing)
+        : dpPhys{DpPhy(sinks[0].attached()), DpPhy(sinks[1].attached())},
+          dpSinks{DpSink(sinks[0], dpPhys[0]), DpSink(sinks[1], dpPhys[1])},
+          mcu(dpSinks[0], clock, McuCondition::kRunning),
+          clocks(chip.clocks, die),
           sensors(die, chip.process),
           outputRouting(routing),
           videoMemory(chip.videoMemorySize),
@@ -74,6 +85,12 @@ struct SimulatedCard {
 
     /// What the devices of the card tell the time by.
     HostClock clock;
+    // As many as the largest chip has; on a smaller one no path leads to the last of them.
+    std::array<DpPhy, 2> dpPhys;
+    std::array<DpSink, 2> dpSinks;
+    std::array<DpController, 2> dpControllers;
+    EdpBacklight edpBacklight;
+    Mcu mcu;
     Die die{clock};
     ClockUnit clocks;
     SensorUnit sensors;
@@ -81,9 +98,11 @@ struct SimulatedCard {
     FeatureRegisters features;
     OutputRoutingRegisters outputRouting;
     /// The devices in the register region, ascending.
-    std::array<AddressWindow, 6> registerWindows{{
+    std::array<AddressWindow, 8> registerWindows{{
         {.base = OutputRoutingRegisters::kBase, .length = OutputRoutingRegisters::kSize, .target = &outputRouting},
         {.base = zoom_video::kBase, .length = zoom_video::kSize, .target = &zoomVideo},
+        {.base = mcu_mailbox::kBase, .length = mcu_mailbox::kSize, .target = mcu.mailbox()},
+        {.base = Mcu::kResetControlBase, .length = Mcu::kResetControlSize, .target = mcu.resetControl()},
         {.base = sensor_unit::kWindowBase, .length = sensor_unit::kWindowSize, .target = &sensors},
         {.base = clock_unit::kWindowBase, .length = clock_unit::kWindowSize, .target = &clocks},
         {.base = power_unit::kWindowBase, .length = power_unit::kWindowSize, .target = &power},

@@ -12,8 +12,6 @@ namespace vek
 namespace
 {
 
-constexpr std::size_t kBlocksPerSegment = 2;
-
 /// Begins a transaction with the memory addressed for writing and the segment of a block chosen. Segment 0 is where the
 /// pointer stands at the beginning of every transaction.
 int selectMemory(I2cTransaction& transaction, std::uint8_t segment)
@@ -28,46 +26,60 @@ int selectMemory(I2cTransaction& transaction, std::uint8_t segment)
     return result == VEK_OK ? transaction.address(kEdidMemoryAddress, I2cDirection::kWrite) : result;
 }
 
-int readBlock(I2cBus& bus, std::size_t number, std::span<std::uint8_t> block)
+class DdcBlocks final : public EdidBlocks
 {
-    const auto segment = static_cast<std::uint8_t>(number / kBlocksPerSegment);
-    const auto offset = static_cast<std::uint8_t>(number % kBlocksPerSegment * kEdidBlockSize);
-    I2cTransaction transaction(bus);
-    int result = selectMemory(transaction, segment);
-    if (result == VEK_OK) {
-        result = transaction.send({&offset, 1});
+public:
+    explicit DdcBlocks(I2cBus& bus) : bus_(bus) {}
+
+    int readBlock(std::size_t number, std::span<std::uint8_t> block) override
+    {
+        const EdidBlockPlace place = placeOfEdidBlock(number);
+        I2cTransaction transaction(bus_);
+        int result = selectMemory(transaction, place.segment);
+        if (result == VEK_OK) {
+            result = transaction.send({&place.offset, 1});
+        }
+        if (result == VEK_OK) {
+            result = transaction.address(kEdidMemoryAddress, I2cDirection::kRead);
+        }
+        return result == VEK_OK ? transaction.receive(block) : result;
     }
-    if (result == VEK_OK) {
-        result = transaction.address(kEdidMemoryAddress, I2cDirection::kRead);
-    }
-    return result == VEK_OK ? transaction.receive(block) : result;
-}
+
+private:
+    I2cBus& bus_;
+};
 
 /// How many blocks there are to read, as far as the blocks tell that have been read.
 std::size_t blocksToRead(std::span<const std::uint8_t> edid)
 {
     const EdidVerdict verdict = checkEdid(edid);
-    return verdict.headerValid ? std::min(verdict.declaredBlocks, kMaxEdidSize / kEdidBlockSize) : 1;
+    return verdict.headerValid ? verdict.declaredBlocks : 1;
 }
 
 }  // namespace
 
-int readEdid(I2cBus& bus, EdidBuffer& buffer, std::size_t& length)
+int readEdid(EdidBlocks& display, std::span<std::uint8_t> buffer, std::size_t& length)
 {
-    const std::span<std::uint8_t> bytes = buffer;
     std::size_t blocks = 1;
     for (std::size_t number = 0; number < blocks; ++number) {
-        const int result = readBlock(bus, number, bytes.subspan(number * kEdidBlockSize, kEdidBlockSize));
+        const int result = display.readBlock(number, buffer.subspan(number * kEdidBlockSize, kEdidBlockSize));
         if (result != VEK_OK) {
             return result;
         }
         // The first extension, too, may say how many there are.
         if (number <= 1) {
-            blocks = blocksToRead(bytes.first((number + 1) * kEdidBlockSize));
+            blocks =
+                std::min(blocksToRead(buffer.first((number + 1) * kEdidBlockSize)), buffer.size() / kEdidBlockSize);
         }
     }
     length = blocks * kEdidBlockSize;
     return VEK_OK;
+}
+
+int readEdid(I2cBus& bus, EdidBuffer& buffer, std::size_t& length)
+{
+    DdcBlocks display(bus);
+    return readEdid(display, buffer, length);
 }
 
 }  // namespace vek

@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "address_space.h"
+#include "aux_channel.h"
 #include "drivers/output_routing.h"
 #include "i2c_bus.h"
 #include "spi_bus.h"
@@ -41,6 +42,11 @@ struct AccessPath {
     DisplayUnits displays = kNoDisplays;  ///< Which display controllers and outputs the card has.
     Channels<AddressSpace, 4> gammaTables = {};  ///< Gamma tables of the display controllers.
     AddressSpace* vgaDac = nullptr;              ///< Registers of the VGA output's converter.
+
+    Channels<AuxChannel, 2> dpAux = {};            ///< AUX channels of the DisplayPort outputs.
+    Channels<AddressSpace, 2> dpPhys = {};         ///< Register files of their PHYs.
+    Channels<AddressSpace, 2> dpControllers = {};  ///< Register blocks of their controllers.
+    AddressSpace* edpBacklight = nullptr;          ///< Registers of the eDP panel's backlight controller.
 };
 
 }  // namespace vek

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "card/chip_facts.h"
+#include "card/dp_sinks.h"
 #include "card/kernel_memory.h"
 #include "card/monitor_edids.h"
 #include "card/simulated_card.h"
@@ -64,6 +65,9 @@ constexpr BoardRails kSecondRails{
 constexpr AttachedMonitors kFirstMonitors{kMonitor1080p, kMonitor2160p, {}, kMonitorSxga};
 constexpr AttachedMonitors kSecondMonitors{kMonitorWuxga, {}, {}, {}};
 
+constexpr AttachedSinks kFirstSinks{kDpMonitorQhd, kEdpPanel};
+constexpr AttachedSinks kSecondSinks{kDpMonitorWuxga, kNoDpSink};
+
 using Route = std::pair<DisplayOutput, std::uint32_t>;
 
 /// A routing with some outputs switched on, each fed by the display controller beside it.
@@ -85,8 +89,8 @@ constexpr std::uint32_t kFirstRouting = routingOf({{DisplayOutput::kHdmi0, 0},
 constexpr std::uint32_t kSecondRouting = routingOf({{DisplayOutput::kHdmi0, 0}, {DisplayOutput::kDp0, 1}});
 
 // Cards keep their state while the program runs, as cards in their slots do, whichever of them is open.
-constinit SimulatedCard firstCard{kQz201, kFirstBoard, kFirstRails, kFirstMonitors, kFirstRouting};
-constinit SimulatedCard secondCard{kQz202, kSecondBoard, kSecondRails, kSecondMonitors, kSecondRouting};
+constinit SimulatedCard firstCard{kQz201, kFirstBoard, kFirstRails, kFirstMonitors, kFirstSinks, kFirstRouting};
+constinit SimulatedCard secondCard{kQz202, kSecondBoard, kSecondRails, kSecondMonitors, kSecondSinks, kSecondRouting};
 
 // The host has one kernel, whatever card is open.
 constinit KernelMemory kernelMemory;
@@ -135,6 +139,11 @@ constexpr AccessPath pathTo(int index, const ChipFacts& chip, SimulatedCard& car
         .gammaTables =
             firstChannels<AddressSpace, 4>(chip.controllers, [&](std::size_t n) { return &card.gammaTables[n]; }),
         .vgaDac = chip.vgaDdc == kNoDdc ? nullptr : &card.vgaDac,
+        .dpAux = firstChannels<AuxChannel, 2>(chip.dpOutputs, [&](std::size_t n) { return &card.dpSinks[n]; }),
+        .dpPhys = firstChannels<AddressSpace, 2>(chip.dpOutputs, [&](std::size_t n) { return &card.dpPhys[n]; }),
+        .dpControllers =
+            firstChannels<AddressSpace, 2>(chip.dpOutputs, [&](std::size_t n) { return &card.dpControllers[n]; }),
+        .edpBacklight = chip.edpBacklight ? &card.edpBacklight : nullptr,
     };
 }
 
