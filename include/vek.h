@@ -138,8 +138,13 @@ extern "C" {
 int vekRwOpen(int card);
 
 /** Maps the register region and the video memory through /dev/mem and closes what was open. Addresses are physical,
-    sizes in bytes; a region of size 0 is left out and its family answers VEK_NOT_AVAILABLE.
-    @return not negative, or negative when /dev/mem cannot be opened or mapped. */
+    sizes in bytes; a region of size 0 is left out and its family answers VEK_NOT_AVAILABLE. Every item is one access of
+    its width where it is aligned. The chip is not known on this path: get_device_id() answers 0 until doGetDeviceId().
+    The environment variable VEK_MEM_DEVICE names another device or file, unless the program runs with rights that its
+    caller does not have.
+    @return above 0 when open; VEK_BAD_ARGUMENT when both sizes are 0 or a region passes the end of the address range,
+    VEK_NO_RESPONSE when a file is too short, VEK_IO_ERROR when it cannot be opened or mapped; what was open stays open
+    then. */
 int vekMemOpen(uint64_t reg_start, uint64_t reg_size, uint64_t vram_start, uint64_t vram_size);
 
 /** Opens a serial line to the board, 8N1, and closes what was open.

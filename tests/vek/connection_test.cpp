@@ -46,9 +46,8 @@ TEST_F(Connection, RefusesAbsentCardsAndKeepsTheOpenOne)
     EXPECT_EQ(get_s_type(), VEK_ACCESS_DRIVER);
 }
 
-TEST_F(Connection, DoesNotPretendToHaveTheOtherPaths)
+TEST_F(Connection, DoesNotPretendToHaveASerialLine)
 {
-    EXPECT_EQ(vekMemOpen(0xf6000000, 0x1000000, 0xe0000000, 0x10000000), VEK_NOT_AVAILABLE);
     EXPECT_EQ(vekSerialOpen("/dev/null", 9600), VEK_NOT_AVAILABLE);
     EXPECT_EQ(vekSerialOpen(nullptr, 0), VEK_NOT_AVAILABLE);
     EXPECT_EQ(get_s_type(), VEK_NO_PATH);

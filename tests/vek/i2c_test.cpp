@@ -20,6 +20,9 @@ using testing::ElementsAre;
 
 constexpr uint32_t kEeprom = 0x50;
 constexpr uint32_t kDecoder = 0x24;
+constexpr uint32_t kLtc2990 = 0x4c;
+constexpr uint32_t kLtc2991 = 0x48;
+constexpr uint32_t kIna3221 = 0x40;
 constexpr uint32_t kPage = 8;
 
 /** Reads the EEPROM of the open card. */
@@ -55,7 +58,9 @@ TEST_P(I2c, HasNothingElseOnItsChannels)
     for (int channel = 0; channel < 4; ++channel) {
         for (uint32_t device = 0; device < 0x80; ++device) {
             const bool decoder = (channel == 0 && device == kDecoder) || (channel == 1 && device == kDecoder + 1);
-            if (decoder || (channel == 0 && device == kEeprom)) {
+            const bool monitor = (channel == 1 && (device == kLtc2990 || device == kLtc2991)) ||
+                                 (channel == 2 && device == kIna3221);
+            if (decoder || monitor || (channel == 0 && device == kEeprom)) {
                 continue;
             }
             uint8_t byte = 0xee;

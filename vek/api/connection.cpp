@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "path/driver_path.h"
+#include "path/mem_path.h"
 #include "vek.h"
 
 namespace vek
@@ -30,6 +31,9 @@ constexpr std::array<GpuType, 6> kGpuTypes{{
     {"0x202", VEK_DEVICE_QZ202},
 }};
 
+/// What opening a path by hand answers. Above 0: for the console, 0 stands for nothing opened yet.
+constexpr int kOpened = 1;
+
 /// The id set with doGetDeviceId(), 0 until then.
 constinit unsigned assumedDeviceId = 0;
 
@@ -44,13 +48,19 @@ int vekRwOpen(int card)
     if (path == nullptr) {
         return VEK_NO_RESPONSE;
     }
+    vek::closeMemPath();
     openPath = path;
     return VEK_OK;
 }
 
-int vekMemOpen(uint64_t /*reg_start*/, uint64_t /*reg_size*/, uint64_t /*vram_start*/, uint64_t /*vram_size*/)
+int vekMemOpen(uint64_t reg_start, uint64_t reg_size, uint64_t vram_start, uint64_t vram_size)
 {
-    return VEK_NOT_AVAILABLE;
+    const auto [result, path] = vek::openMemPath({reg_start, reg_size}, {vram_start, vram_size});
+    if (result != VEK_OK) {
+        return result;
+    }
+    openPath = path;
+    return vek::kOpened;
 }
 
 int vekSerialOpen(const char* /*path*/, int /*baud_rate*/)
@@ -60,6 +70,7 @@ int vekSerialOpen(const char* /*path*/, int /*baud_rate*/)
 
 int vekClose()
 {
+    vek::closeMemPath();
     openPath = nullptr;
     return VEK_OK;
 }
