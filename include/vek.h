@@ -779,7 +779,8 @@ int vekThermalDebug(int temperature);
         func close                    closes everything
 
     @param text the whole command, command word first @param repeat 1 when an empty line repeats it
-    @return VEK_BAD_ARGUMENT for a null pointer and for a word that it does not know, which it prints */
+    @return VEK_BAD_ARGUMENT for a null pointer and for a word that it does not know, which it prints; what stands
+    before that word is done */
 int tovira_func(char* text, int repeat);
 
 /* ---- Clocks -------------------------------------------------------------------------------------------------- */

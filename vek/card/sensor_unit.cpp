@@ -13,6 +13,8 @@ namespace
 
 using namespace sensor_unit;
 
+static_assert(Die::kSites <= kMaxSites);
+
 /// The reading that stands for a code; what the converter cannot express becomes its nearest code.
 std::uint32_t reading(double code)
 {
