@@ -664,22 +664,30 @@ int vekZoomVideoGetParm(int id, int32_t* x, int32_t* y, int32_t* w, int32_t* h, 
 
 /* ---- SPI flash ----------------------------------------------------------------------------------------------- */
 
-/** Reads the SPI flash. @param buffer receives size bytes @param address byte address; the range must lie within
-    VEK_SPI_FLASH_SIZE, as in all vekSpi functions @param size in bytes, 1 or more */
+/** Reads the SPI flash, a 16 Mbit serial NOR flash in the manner of the Winbond W25Q16.
+    Common to the vekSpi functions: what a chip holds and how it is protected stays with it, whichever connection is
+    open; VEK_NO_RESPONSE when no flash of VEK_SPI_FLASH_SIZE answers, VEK_TIMED_OUT when it stays busy.
+    @param buffer receives size bytes @param address byte address @param size in bytes, 1 or more; the range must lie
+    within VEK_SPI_FLASH_SIZE */
 int vekSpiReadBuffer(void* buffer, int address, int size);
 
-/** Erases every 4 KiB sector that the range touches, by 64 KiB blocks where whole blocks lie in it.
-    @return VEK_PROTECTED when the range is write-protected */
+/** Erases every 4 KiB sector that the range touches to 0xff and nothing else, by 64 KiB blocks where whole ones lie
+    among these sectors. @param address, size as in vekSpiReadBuffer()
+    @return VEK_PROTECTED when a sector of them is write-protected, nothing has been erased then; VEK_BAD_DATA when one
+    is not empty after its erase, those behind it are left as they were */
 int vekSpiErase(int address, int size);
 
-/** Programs the SPI flash; bits only go from 1 to 0, so erase first. @param size in bytes, a multiple of 4
-    @return VEK_PROTECTED when the range is write-protected */
+/** Programs the SPI flash; bits only go from 1 to 0, so erase first. Pages of 256 bytes that are all 0xff are not
+    programmed, only compared. @param address, size as in vekSpiReadBuffer(); the size a multiple of 4
+    @return VEK_PROTECTED when a page of them is write-protected, nothing has been programmed then; VEK_BAD_DATA when a
+    page does not hold its bytes afterwards, as when it was not erased, those behind it are left as they were */
 int vekSpiProgram(const void* buffer, int address, int size);
 
-/** Write-protects the whole SPI flash; the chip keeps this without power. */
+/** Write-protects the whole SPI flash, by the block-protect bits of its status register; the chip keeps this without
+    power. @return VEK_PROTECTED when the chip does not let its status register be changed */
 int vekSpiProtect(void);
 
-/** Ends the write protection of the whole SPI flash. */
+/** Ends the write protection of the whole SPI flash. @see vekSpiProtect() */
 int vekSpiUnprotect(void);
 
 /* ---- On-chip sensors ----------------------------------------------------------------------------------------- */
@@ -702,38 +710,46 @@ int vekSensorProcess(int kind, int sensor, int* reading);
 
 /* ---- Power monitor chips ------------------------------------------------------------------------------------- */
 
-/** Reads the two currents of an LTC2990, (V1-V2)/Rsense1 and (V3-V4)/Rsense2.
-    Common to the LTC2990 and LTC2991 functions:
-    @param channel I2C channel
+/** Reads the two currents of an LTC2990, (V1-V2)/Rsense1 and (V3-V4)/Rsense2, in steps of 19.42 uV over the resistor.
+    Common to the LTC2990 and LTC2991 functions, which set the chip up for what they read:
+    @param channel I2C channel, VEK_NO_BUS when the card has none of that number
     @param address_index strapped address: 0 to 3 stand for 0x98 to 0x9E (8-bit write form) on the LTC2990, 0 to 7 for
-    0x90 to 0x9E on the LTC2991
+    0x90 to 0x9E on the LTC2991; VEK_BAD_ARGUMENT for any other
     @param rsense1, rsense2 sense resistors in milliohms; 0 answers VEK_BAD_ARGUMENT, outputs untouched
-    @param current1, current2 receive amperes
+    @param current1, current2 receive amperes, negative ones when the current flows backwards
     @param repeated 0: one acquisition; 1: the chip goes on acquiring afterwards
-    @param wait_ready 1: wait until all values asked for are new; 0: take what the chip holds
-    @return VEK_NO_RESPONSE when no chip answers, VEK_TIMED_OUT when it does not get ready */
+    @param wait_ready 1: acquire anew and wait until all values asked for are there, 52 ms on an LTC2990 and 12 ms on an
+    LTC2991; 0: take what the chip holds from an acquisition of the same kind, VEK_BAD_DATA when there is nothing yet
+    or, of repeated ones, nothing new. An acquisition is on its way afterwards.
+    @return VEK_NO_RESPONSE when no chip answers, VEK_TIMED_OUT when it does not get ready, VEK_BAD_DATA when a value is
+    not marked as new; the results of vekI2cRead() */
 int vekLTC2990GetCurrent2(int channel, int address_index, unsigned int rsense1, unsigned int rsense2, float* current1,
                           float* current2, int repeated, int wait_ready);
 
-/** Reads the four single-ended voltages of an LTC2990, in volts. @see vekLTC2990GetCurrent2() */
+/** Reads the four single-ended voltages of an LTC2990, in volts, in steps of 305.18 uV. @see vekLTC2990GetCurrent2() */
 int vekLTC2990GetVolt4(int channel, int address_index, float* v1, float* v2, float* v3, float* v4, int repeated,
                        int wait_ready);
 
-/** Reads the four currents of an LTC2991 through the pairs V1-V2, V3-V4, V5-V6 and V7-V8, in amperes.
-    @see vekLTC2990GetCurrent2() */
+/** Reads the four currents of an LTC2991 through the pairs V1-V2, V3-V4, V5-V6 and V7-V8, in amperes, in steps of
+    19.075 uV over the resistor. @see vekLTC2990GetCurrent2() */
 int vekLTC2991GetCurrent4(int channel, int address_index, unsigned int rsense1, unsigned int rsense2,
                           unsigned int rsense3, unsigned int rsense4, float* current1, float* current2, float* current3,
                           float* current4, int repeated, int wait_ready);
 
-/** Reads the eight single-ended voltages of an LTC2991, in volts. @see vekLTC2990GetCurrent2() */
+/** Reads the eight single-ended voltages of an LTC2991, in volts, in steps of 305.18 uV.
+    @see vekLTC2990GetCurrent2() */
 int vekLTC2991GetVolt8(int channel, int address_index, float* v1, float* v2, float* v3, float* v4, float* v5, float* v6,
                        float* v7, float* v8, int repeated, int wait_ready);
 
-/** Reads the bus voltages of channels 1 and 2 of the INA3221 on an I2C channel, in millivolts. */
+/** Reads the bus voltages of channels 1 and 2 of the INA3221 at 0x40 (7-bit) on an I2C channel, in millivolts, in steps
+    of 8 mV. Both INA3221 functions set the chip up as after its power-on and wait for one round of conversions, 6.6 ms.
+    @return VEK_NO_RESPONSE when no chip answers, VEK_BAD_DATA when it is another one by its ids, VEK_TIMED_OUT when it
+    does not get ready; VEK_NO_BUS and the results of vekI2cRead() */
 int vekINA3221GetVolt2(int channel, float* millivolts1, float* millivolts2);
 
-/** Reads the currents of channels 1 and 2 of the INA3221 on an I2C channel, in amperes. @param rsense1, rsense2 shunts
-   in milliohms; 0 answers VEK_BAD_ARGUMENT, outputs untouched */
+/** Reads the currents of channels 1 and 2 of the INA3221 on an I2C channel, in amperes, in steps of 40 uV over the
+    shunt. @param rsense1, rsense2 shunts in milliohms; 0 answers VEK_BAD_ARGUMENT, outputs untouched
+    @see vekINA3221GetVolt2() */
 int vekINA3221GetCurrent2(int channel, unsigned int rsense1, unsigned int rsense2, float* current1, float* current2);
 
 /* ---- Power, fan, thermal, feature switches ------------------------------------------------------------------- */
