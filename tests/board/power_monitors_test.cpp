@@ -1,7 +1,7 @@
 // LTC2990, LTC2991 and INA3221.
 
 #include <cfloat>
-#include <climits>
+#include <cstddef>
 #include <limits>
 #include <string>
 #include <vector>

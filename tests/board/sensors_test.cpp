@@ -1,9 +1,12 @@
 // Die temperatures, supply voltages and process monitors.
 
+#include <array>
 #include <cfloat>
 #include <climits>
+#include <cstddef>
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "board_support.h"
@@ -18,7 +21,6 @@ using recording_vek::outputs;
 using recording_vek::setDeviceId;
 using recording_vek::setResult;
 using recording_vek::setResultOnCall;
-using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
