@@ -114,6 +114,35 @@ TEST(Pll, FindsTheBestBetweenMegahertzAndFromOtherCrystals)
     }
 }
 
+TEST(Pll, FindsTheBestAtTheEndsOfTheVcosRange)
+{
+    for (const std::uint64_t reference : {27'000, 33'333, 100'000}) {
+        for (std::uint64_t apart = 0; apart <= 3'000; apart += 20) {
+            expectTheBest(reference, 2'400'000 - apart);
+            expectTheBest(reference, 1'200'000 - apart);
+            expectTheBest(reference, 1'200'000 + apart);
+            expectTheBest(reference, 10'000 + apart / 20);
+        }
+    }
+}
+
+TEST(Pll, RefusesToBeOffByMoreThanHalfAPercent)
+{
+    // One step of this PLL is the reference, so near 1,200 MHz it has 1,200 and 1,225 MHz alone.
+    vek::PllLimits coarse;
+    coarse.pre.most = 1;
+    coarse.post.most = 1;
+    for (std::uint64_t wanted = 1'200'000; wanted <= 1'225'000; ++wanted) {
+        const bool near = (wanted - 1'200'000) * 200 <= wanted || (1'225'000 - wanted) * 200 <= wanted;
+        ASSERT_EQ(PllSearch(25'000, wanted, coarse).found(), near) << wanted;
+    }
+    EXPECT_FALSE(PllSearch(25'000, 1'212'500, coarse).found());
+    // With 11 MHz the nearest step, 1,199 MHz, is out of the VCO's range, but the next one is near enough.
+    const PllSearch beyondNearest(11'000, 1'204'400, coarse);
+    ASSERT_TRUE(beyondNearest.found());
+    EXPECT_EQ(text(beyondNearest.dividers()), "1 110 1");
+}
+
 TEST(Pll, FindsTheBestOfAllDividersThereAre)
 {
     for (const std::uint64_t wanted : {10'000, 148'352, 1'214'500, 2'399'999}) {

@@ -221,6 +221,29 @@ TEST_F(Power, WarmsUpWithTheClocks)
     EXPECT_NEAR(celsius(), settled(kPerformance - 9, 30), 1e-6);
 }
 
+TEST_F(Power, CountsEveryChangeFromItsOwnMoment)
+{
+    ASSERT_EQ(driver.setFan(30), VEK_OK);
+    wait(kLong);
+    double expected = settled(kPerformance, 30);
+    ASSERT_NEAR(celsius(), expected, 1e-6);
+    const auto pass = [&](std::uint64_t seconds, double target) {
+        wait(seconds);
+        expected = target + (expected - target) * std::exp(-static_cast<double>(seconds) / kTimeConstant);
+    };
+    ASSERT_EQ(ClockDriver(clocks).setMode(VEK_CLOCK_OFF, VEK_CLOCK_SOURCE_3DCORE), VEK_OK);
+    pass(7, settled(kPerformance - 9, 30));
+    ASSERT_EQ(ClockDriver(clocks).setMode(VEK_CLOCK_ON, VEK_CLOCK_SOURCE_3DCORE), VEK_OK);
+    pass(3, settled(kPerformance, 30));
+    ASSERT_EQ(driver.setState(VEK_POWER_STANDBY), VEK_OK);
+    pass(5, settled(kStandby, 30));
+    ASSERT_EQ(driver.setFan(80), VEK_OK);
+    pass(2, settled(kStandby, 80));
+    ASSERT_EQ(driver.setState(VEK_POWER_SAVE), VEK_OK);
+    pass(4, settled(kSave, 80));
+    EXPECT_NEAR(celsius(), expected, 1e-6);
+}
+
 TEST_F(Power, FeedsASimulatedTemperatureToTheRegulationOnly)
 {
     const double start = celsius();

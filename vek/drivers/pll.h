@@ -87,12 +87,12 @@ constexpr bool isPllSetting(std::uint32_t setting)
 }
 
 /// Whether dividers that are in their ranges keep every frequency in its own.
-constexpr bool pllRuns(std::uint64_t referenceKhz, const PllDividers& dividers)
+constexpr bool pllRuns(std::uint64_t referenceKhz, const PllDividers& dividers, const PllLimits& limits = kPllLimits)
 {
     const std::uint64_t vcoTimesPre = referenceKhz * dividers.feedback;
-    return kPllLimits.reference.holds(referenceKhz) && kPllLimits.phaseDetector.holds(referenceKhz, dividers.pre) &&
-           kPllLimits.vco.holds(vcoTimesPre, dividers.pre) &&
-           kPllLimits.output.holds(vcoTimesPre, dividers.pre * dividers.post);
+    return limits.reference.holds(referenceKhz) && limits.phaseDetector.holds(referenceKhz, dividers.pre) &&
+           limits.vco.holds(vcoTimesPre, dividers.pre) &&
+           limits.output.holds(vcoTimesPre, dividers.pre * dividers.post);
 }
 
 /// The output of a PLL on the card's crystal. One that is set beyond its limits does not lock and gives no clock.
@@ -112,14 +112,14 @@ public:
     /// Searches for `wantedKhz` from `referenceKhz`, which has to be in its range. Among dividers that are equally near
     /// it takes those with the highest frequency at the phase detector, which multiply the reference's noise least, and
     /// among these the ones with the fastest VCO, whose jitter is divided most.
-    constexpr PllSearch(std::uint64_t referenceKhz, std::uint64_t wantedKhz)
-        : referenceKhz_(referenceKhz), wantedKhz_(wantedKhz)
+    constexpr PllSearch(std::uint64_t referenceKhz, std::uint64_t wantedKhz, const PllLimits& limits = kPllLimits)
+        : limits_(limits), referenceKhz_(referenceKhz), wantedKhz_(wantedKhz)
     {
-        if (!kPllLimits.output.holds(wantedKhz)) {
+        if (!limits_.output.holds(wantedKhz)) {
             return;
         }
-        for (std::uint64_t pre = kPllLimits.pre.least; pre <= kPllLimits.pre.most; ++pre) {
-            if (kPllLimits.phaseDetector.holds(referenceKhz, pre)) {
+        for (std::uint64_t pre = limits_.pre.least; pre <= limits_.pre.most; ++pre) {
+            if (limits_.phaseDetector.holds(referenceKhz, pre)) {
                 tryPre(pre);
             }
         }
@@ -134,14 +134,14 @@ private:
     constexpr void tryPre(std::uint64_t pre)
     {
         const PllRange feedback{
-            std::max(kPllLimits.feedback.least, (kPllLimits.vco.least * pre + referenceKhz_ - 1) / referenceKhz_),
-            std::min(kPllLimits.feedback.most, kPllLimits.vco.most * pre / referenceKhz_)};
+            std::max(limits_.feedback.least, (limits_.vco.least * pre + referenceKhz_ - 1) / referenceKhz_),
+            std::min(limits_.feedback.most, limits_.vco.most * pre / referenceKhz_)};
         if (feedback.least > feedback.most) {
             return;
         }
         // With any other divider the VCO would be out of its range by more than the error that is allowed.
-        const std::uint64_t least = std::max(kPllLimits.post.least, kPllLimits.vco.least / wantedKhz_);
-        const std::uint64_t most = std::min(kPllLimits.post.most, kPllLimits.vco.most / wantedKhz_ + 1);
+        const std::uint64_t least = std::max(limits_.post.least, limits_.vco.least / wantedKhz_);
+        const std::uint64_t most = std::min(limits_.post.most, limits_.vco.most / wantedKhz_ + 1);
         for (std::uint64_t post = most; post >= least; --post) {
             const std::uint64_t nearest = (wantedKhz_ * pre * post + referenceKhz_ / 2) / referenceKhz_;
             consider({.pre = pre, .feedback = std::clamp(nearest, feedback.least, feedback.most), .post = post});
@@ -154,7 +154,7 @@ private:
         const std::uint64_t reached = referenceKhz_ * candidate.feedback;
         const std::uint64_t wanted = wantedKhz_ * divisor;
         const std::uint64_t error = reached > wanted ? reached - wanted : wanted - reached;
-        if (error * kPllLimits.errorDivisor > wanted || !pllRuns(referenceKhz_, candidate)) {
+        if (error * limits_.errorDivisor > wanted || !pllRuns(referenceKhz_, candidate, limits_)) {
             return;
         }
         if (!found() || error * errorDivisor_ < error_ * divisor) {
@@ -164,6 +164,7 @@ private:
         }
     }
 
+    PllLimits limits_;
     std::uint64_t referenceKhz_;
     std::uint64_t wantedKhz_;
     PllDividers dividers_{};
