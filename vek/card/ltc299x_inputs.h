@@ -60,7 +60,7 @@ constexpr std::uint16_t voltageData(std::int32_t microvolts, int weight)
 constexpr std::uint16_t temperatureData(std::int32_t thousandthsCelsius, bool kelvin)
 {
     constexpr std::int32_t kZeroCelsius = 273'150;
-    constexpr std::int32_t kStepsPerDegree = 16;
+    constexpr std::int64_t kStepsPerDegree = 16;
     const std::int32_t thousandths = thousandthsCelsius + (kelvin ? kZeroCelsius : 0);
     return static_cast<std::uint16_t>(kDataValid | (roundedQuotient(thousandths * kStepsPerDegree, 1000) & 0x1fff));
 }

@@ -41,7 +41,8 @@ void NorArray::program(std::uint32_t address, std::span<const std::uint8_t> data
 {
     const std::uint32_t sector = address / spi_nor::kSectorSize;
     if (!programmed_[sector]) {
-        std::memset(base_ + sector * spi_nor::kSectorSize, kErased, spi_nor::kSectorSize);
+        const std::uint32_t first = sector * spi_nor::kSectorSize;
+        std::memset(base_ + first, kErased, spi_nor::kSectorSize);
         programmed_[sector] = true;
     }
     for (std::size_t index = 0; index < data.size(); ++index) {

@@ -180,7 +180,7 @@ void SpiNorFlash::sendData(std::span<std::uint8_t> bytes)
         case Opcode::kReadId:
             for (std::uint8_t& byte : bytes) {
                 byte = kJedecId[address_];
-                address_ = (address_ + 1) % kJedecId.size();
+                address_ = (address_ + 1) % std::uint32_t{kJedecId.size()};
             }
             break;
         case Opcode::kRead:
