@@ -169,19 +169,32 @@ int doGetDeviceId(const char* program_name, const char* gpu_type);
 
 /* ---- Card selection and queries ------------------------------------------------------------------------------ */
 
-/** Makes another card the one that all functions work on. @param card index from 0 to the number of cards less 1 */
+/** Makes another card the one that all functions work on; get_device_id() follows unless an id has been set. Each card
+    keeps its state. @param card index from 0 to the number of cards less 1
+    @return VEK_NO_RESPONSE when that card does not exist; the selected one stays then. VEK_NOT_AVAILABLE when the open
+    path is not the driver's, which alone leads to several cards */
 int vekSetCard(int card);
 
 /** @return index of the selected card. */
 int vekGetCard(void);
 
-/** Reads one integer of the driver. @param item enum VekQueryItem @param value receives it @param card card index */
+/** Reads one integer of the driver. @param item enum VekQueryItem; VEK_BAD_ARGUMENT for any other
+    @param value receives it @param card card index; VEK_NO_RESPONSE when that card does not exist */
 int vekQueryInt(int item, int* value, int card);
 
-/** Fetches a text report of the driver.
-    @param keyword "" for everything, or ID, AXI, VPU, 3D, 2D, DDR, 3DCORE, 2DCORE, GOP, VRAM, CARD, CHANNEL, BANDWIDTH
-    or LOAD, in upper case; any other answers VEK_BAD_ARGUMENT
-    @param report VEK_QUERY_REPORT_SIZE bytes that receive complete lines and a NUL */
+/** Fetches a text report of the driver, drawn from the selected card as it is now.
+    @param keyword "" for everything, or in upper case one of
+        ID         ids and revision, from PCI configuration space
+        CARD       how many cards there are
+        GOP        version of the UEFI driver and the mode that it has set, as the firmware has marked them
+        AXI VPU 3D 2D DDR  what the clocks run at, in MHz, or that they are off
+        3DCORE 2DCORE      how many cores there are
+        VRAM       video memory in use, in per cent with one decimal and in MB
+        BANDWIDTH  of video memory, from its clock and the width of its bus; width and speed of the PCI Express link
+        LOAD       of each core, in per cent with one decimal
+        CHANNEL    I2C channels and CRTCs; each output with its DDC channel, its CRTC and its display
+    VEK_BAD_ARGUMENT for any other
+    @param report VEK_QUERY_REPORT_SIZE bytes that receive complete lines and a NUL, on success only */
 int vekQueryInfo(const char* keyword, char* report);
 
 /* ---- Register region ----------------------------------------------------------------------------------------- */
@@ -282,7 +295,9 @@ int vekMultVramWriteLong(uint32_t value, uint64_t address, int count, const char
     that answers VEK_BAD_ARGUMENT */
 int dump_vram(const void* buffer, int item_size, uint64_t address, int count);
 
-/** Prints the list of free video memory nodes. */
+/** Prints the list of free video memory nodes: a heading, for each by rising address its number, its first and its last
+    byte and its size, and the total. What the driver holds moves with the card: a frame buffer for each CRTC with a
+    display, a capture buffer for each zoom-video port with a window, and buffers of the `func` switches that are on. */
 int vekDumpVramFree(void);
 
 /* ---- Kernel virtual memory ----------------------------------------------------------------------------------- */
@@ -517,7 +532,8 @@ int vekDpLinkTraining(int channel);
 int vekDpCTLCfg(int channel);
 
 /** Reads the timing that a DisplayPort output runs at: the preferred one of its sink's EDID. @return VEK_NO_RESPONSE
-    without a sink, VEK_BAD_DATA when the EDID is damaged or has no timing; the record is set on success only */
+    without a sink, and when register 0x024 routes no display controller of the chip to the output, VEK_BAD_DATA when
+    the EDID is damaged or has no timing; the record is set on success only */
 int vekDpModeRead(int channel, struct VekDisplayMode* mode);
 
 /** Reads a byte of the sink's DPCD over the AUX channel. @param address 20-bit DPCD address; VEK_BAD_ARGUMENT beyond */
@@ -837,21 +853,53 @@ int vek_qz200_set_clk_mode(int mode, int source);
 
 /* ---- Version and information --------------------------------------------------------------------------------- */
 
-/** Reads the four numbers of the kernel driver core's version. */
+/** Reads the four numbers of the kernel driver core's version; the first one is 1 or more. */
 int vekRvtcoreVer(int* major, int* minor, int* third, int* fourth);
 
-/** Reads the present use of video memory. */
+/** Reads the present use of the selected card's video memory, as vekDumpVramFree() lists it: used and free make up the
+    total, and free is rounded down to whole MB. @param info receives it; the reserved field is set to 0 */
 int vekInfoRead(struct gpu_info* info);
 
 /* ---- AXI monitor --------------------------------------------------------------------------------------------- */
 
-/** Collects the AXI transaction counts of a QZ201 run that has been started into the file "axiMonitorData" in the
-   working directory and returns when done. */
+/* The AXI monitor lies in the register region, at 0x309000 on QZ201 and at 0x288800 on QZ202; on the other chip plain
+   storage is there. It counts the transactions of each master on the AXI interconnect:
+     0x000  32  control, written on QZ201: 1 start, 2 final, 4 clear
+                written on QZ202: 0x14 start timer, 0 stop timer, 1 final, 2 clear
+                read: bit 0 counts, bit 1 final
+     0x004  32  latch: a write, whatever value, makes the registers below show the counts of this moment, on QZ202 those
+                of the last whole span; final does so, too
+     0x008  32  cycle, on QZ202: AXI clock cycles after which the timer begins to count anew; a write begins a span, 0
+                stops the timer, which does not start then
+     0x00c  32  number of masters, read-only as all below
+     0x010  64  sequence: spans that have ended since the last clear, on QZ201 latches
+     0x018  64  AXI clock cycles that the counts cover
+     from 0x100 on in steps of 0x40, of each master
+     0x00   64  reads
+     0x08   64  writes
+     0x10   64  bytes that they moved
+     0x18   64  AXI clock cycles that they took, all added up
+     0x20   32  who it is: kind in bits 7:0, number in bits 15:8 (vek/drivers/chip_units.h)
+   Only longs at multiples of 4 are answered, and reads of quads at multiples of 8.
+
+   The file "axiMonitorData" is text of comma-separated values, with the line "time,master,reads,writes,bytes,latency"
+   at its head and then one line a master and sample: the time in UTC (2022-03-31T09:05:07.250Z), the master's name, the
+   three counts, and how many AXI clock cycles a transaction took on average, with one decimal. A file that is there is
+   replaced; symbolic links and anything but regular files are refused. It holds complete lines at any moment. */
+
+/** Collects the AXI transaction counts of a QZ201 run into the file "axiMonitorData" in the working directory: the
+    counts since the last clear, ten times within a second, or fewer times when the run is over by then, once at least.
+    @return VEK_NOT_AVAILABLE when the selected card is no QZ201, VEK_IO_ERROR when the file cannot be written */
 int vekMonitorAxiTrans_QZ201(void);
 
 /** Thread entry: collects the AXI transaction counts of a QZ202 into "axiMonitorData" under a folder of the given name
-    until the thread is cancelled; it reaches cancellation points and frees what it holds when cancelled.
-    @param folder_name text that stays valid while the thread runs @return null, at once when it cannot collect */
+    in the working directory until the thread is cancelled: ten times a second those of the last whole span, when it is
+    a new one. It works on the card that is selected when it starts, whatever is selected or closed later. Deferred
+    cancellation takes effect at once, and nothing stays open.
+    @param folder_name 1 to 31 characters, not "." or ".." and without '/'; a folder that is not there is created. The
+    text has to stay valid until the thread has ended
+    @return null, at once when the name is not such a one, the selected card is no QZ202 or the file cannot be created,
+    and when it cannot be written any more */
 void* vek_thread_qz202monitor(void* folder_name);
 
 /* ---- Scripts ------------------------------------------------------------------------------------------------- */

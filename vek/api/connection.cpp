@@ -3,6 +3,7 @@
 #include <strings.h>
 
 #include <array>
+#include <atomic>
 #include <cstdio>
 
 #include "path/driver_path.h"
@@ -37,7 +38,19 @@ constexpr int kOpened = 1;
 /// The id set with doGetDeviceId(), 0 until then.
 constinit unsigned assumedDeviceId = 0;
 
+/// Only the calling thread changes the path, so it may look at it as it likes; others look meanwhile.
+void setOpenPath(const AccessPath* path)
+{
+    std::atomic_ref(openPath).store(path, std::memory_order_release);
+}
+
 }  // namespace
+
+const AccessPath* openPathFromAnyThread()
+{
+    return std::atomic_ref(openPath).load(std::memory_order_acquire);
+}
+
 }  // namespace vek
 
 using vek::openPath;
@@ -49,7 +62,7 @@ int vekRwOpen(int card)
         return VEK_NO_RESPONSE;
     }
     vek::closeMemPath();
-    openPath = path;
+    vek::setOpenPath(path);
     return VEK_OK;
 }
 
@@ -59,7 +72,7 @@ int vekMemOpen(uint64_t reg_start, uint64_t reg_size, uint64_t vram_start, uint6
     if (result != VEK_OK) {
         return result;
     }
-    openPath = path;
+    vek::setOpenPath(path);
     return vek::kOpened;
 }
 
@@ -71,7 +84,7 @@ int vekSerialOpen(const char* /*path*/, int /*baud_rate*/)
 int vekClose()
 {
     vek::closeMemPath();
-    openPath = nullptr;
+    vek::setOpenPath(nullptr);
     return VEK_OK;
 }
 
@@ -106,4 +119,12 @@ int doGetDeviceId(const char* program_name, const char* gpu_type)
 int vekGetCard()
 {
     return openPath == nullptr ? VEK_NO_PATH : openPath->card;
+}
+
+int vekSetCard(int card)
+{
+    if (openPath == nullptr) {
+        return VEK_NO_PATH;
+    }
+    return openPath->driver == nullptr ? VEK_NOT_AVAILABLE : vekRwOpen(card);
 }

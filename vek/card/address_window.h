@@ -1,6 +1,9 @@
 #ifndef VEK_CARD_ADDRESS_WINDOW_H
 #define VEK_CARD_ADDRESS_WINDOW_H
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "address_space.h"
@@ -25,6 +28,15 @@ struct AddressWindow {
     /// Whether any byte of an item lies in the range.
     bool touches(std::uint64_t address, unsigned width) const { return address < end() && address + width > base; }
 };
+
+/// Windows by rising address.
+template <std::size_t Count>
+constexpr std::array<AddressWindow, Count> ascending(std::array<AddressWindow, Count> windows)
+{
+    std::sort(windows.begin(), windows.end(),
+              [](const AddressWindow& left, const AddressWindow& right) { return left.base < right.base; });
+    return windows;
+}
 
 }  // namespace vek
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "card/sizes.h"
+#include "drivers/chip_units.h"
 #include "drivers/output_routing.h"
 
 namespace vek
@@ -20,6 +21,29 @@ using ProcessCounts = std::array<std::uint16_t, 3>;
 struct ProcessSites {
     std::uint8_t count;
     std::array<ProcessCounts, 2> counts;
+};
+
+/// What the control register of an AXI monitor takes (drivers/axi_monitor.h).
+struct AxiCommands {
+    std::uint32_t start;
+    std::uint32_t stop;  ///< With a timer only.
+    std::uint32_t final;
+    std::uint32_t clear;
+};
+
+/// The AXI monitor of a chip, and the masters that it watches, the first `masterCount` of them.
+struct AxiMonitorFacts {
+    std::uint32_t base;  ///< Where it lies in the register region.
+    bool timed;          ///< A timer cuts the run into spans.
+    AxiCommands commands;
+    std::uint8_t masterCount;
+    std::array<UnitId, 8> masters;
+};
+
+/// A version with two numbers.
+struct FirmwareVersion {
+    std::uint8_t major;
+    std::uint8_t minor;
 };
 
 /// What tells one chip of the family from another.
@@ -39,6 +63,9 @@ struct ChipFacts {
     std::int8_t dvoDdc;             ///< DDC channel of the DVO output; kNoDdc when there is none.
     FirmwareClocks clocks;
     ProcessSites process;
+    std::uint8_t memoryBusBits;  ///< Width of the bus to video memory.
+    FirmwareVersion gop;         ///< The UEFI driver that the firmware starts the displays with.
+    AxiMonitorFacts axiMonitor;
 };
 
 constexpr ChipFacts kQz201{
@@ -57,6 +84,20 @@ constexpr ChipFacts kQz201{
     .dvoDdc = 2,
     .clocks = {600, 0, 150, 500, 500, 1000, 1000, 600, 1200},
     .process = {.count = 2, .counts = {{{1012, 1284, 1530}, {1019, 1291, 1542}}}},
+    .memoryBusBits = 128,
+    .gop = {.major = 1, .minor = 12},
+    .axiMonitor = {.base = 0x30'9000,
+                   .timed = false,
+                   .commands = {.start = 1, .stop = 0, .final = 2, .clear = 4},
+                   .masterCount = 8,
+                   .masters = {{{ChipUnit::kHost, 0},
+                                {ChipUnit::k3d, 0},
+                                {ChipUnit::k3d, 1},
+                                {ChipUnit::k2d, 0},
+                                {ChipUnit::kVpu, 0},
+                                {ChipUnit::kDisplay, 0},
+                                {ChipUnit::kDma, 0},
+                                {ChipUnit::kMcu, 0}}}},
 };
 
 constexpr ChipFacts kQz202{
@@ -75,6 +116,18 @@ constexpr ChipFacts kQz202{
     .dvoDdc = kNoDdc,
     .clocks = {500, 0, 125, 500, 400, 800, 900, 500, 1066},
     .process = {.count = 1, .counts = {{{987, 1251, 1497}}}},
+    .memoryBusBits = 64,
+    .gop = {.major = 1, .minor = 9},
+    .axiMonitor = {.base = 0x28'8800,
+                   .timed = true,
+                   .commands = {.start = 0x14, .stop = 0, .final = 1, .clear = 2},
+                   .masterCount = 6,
+                   .masters = {{{ChipUnit::kHost, 0},
+                                {ChipUnit::k3d, 0},
+                                {ChipUnit::k2d, 0},
+                                {ChipUnit::kVpu, 0},
+                                {ChipUnit::kDisplay, 0},
+                                {ChipUnit::kDma, 0}}}},
 };
 
 /// Size of the register region, the same on every chip of the family (PCI BAR 0 decodes all of it).

@@ -32,6 +32,25 @@ std::uint32_t* ClockUnit::writable(std::uint64_t address)
     return nullptr;
 }
 
+DomainHertz ClockUnit::hertz() const
+{
+    constexpr std::uint64_t kHertzPerKhz = 1000;
+    DomainHertz all{};
+    for (std::size_t domain = 0; domain < all.size(); ++domain) {
+        const Rate now = rate(domain);
+        all[domain] = now.khz * kHertzPerKhz / now.divisor;
+    }
+    return all;
+}
+
+void ClockUnit::tellRates()
+{
+    die_.setCoreRates(coreRates());
+    if (follower_ != nullptr) {
+        follower_->followClocks(hertz());
+    }
+}
+
 ReadResult ClockUnit::read(std::uint64_t address, unsigned width)
 {
     if (!answersLong(address, width, kWindowSize)) {
@@ -58,14 +77,14 @@ int ClockUnit::write(std::uint64_t address, unsigned width, std::uint64_t value)
     } else if ((value & kModeMask) <= VEK_CLOCK_OFF) {
         *found = static_cast<std::uint32_t>(value & kModeMask);
     }
-    die_.setCoreRates(coreRates());
+    tellRates();
     return VEK_OK;
 }
 
 void ClockUnit::setThrottle(std::uint32_t throttle)
 {
     throttle_ = throttle;
-    die_.setCoreRates(coreRates());
+    tellRates();
 }
 
 }  // namespace vek

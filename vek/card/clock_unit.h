@@ -7,6 +7,7 @@
 
 #include "address_space.h"
 #include "card/chip_facts.h"
+#include "card/clock_follower.h"
 #include "card/die.h"
 #include "drivers/clocks.h"
 
@@ -18,8 +19,9 @@ namespace vek
 class ClockUnit final : public AddressSpace
 {
 public:
-    /// A clock unit as the firmware leaves it, with its die settled.
-    constexpr ClockUnit(const FirmwareClocks& megahertz, Die& die) : die_(die)
+    /// A clock unit as the firmware leaves it, with its die settled. `follower`, if any, knows these clocks already.
+    constexpr ClockUnit(const FirmwareClocks& megahertz, Die& die, ClockFollower* follower = nullptr)
+        : die_(die), follower_(follower)
     {
         for (std::size_t domain = 0; domain < settings_.size(); ++domain) {
             constexpr std::uint64_t kKhzPerMhz = 1000;
@@ -35,27 +37,31 @@ public:
     /// Throttles the graphics cores, with one of the values of the register.
     void setThrottle(std::uint32_t throttle);
 
+    /// What all domains run at.
+    DomainHertz hertz() const;
+
 private:
-    constexpr double gigahertz(std::size_t domain) const
+    constexpr Rate rate(std::size_t domain) const
     {
         const ClockDomain& facts = kClockDomains[domain];
         return domainRate({.setting = settings_[domain],
                            .bankMode = modes_[facts.bank],
                            .coreMode = modes_[facts.core],
-                           .throttle = facts.throttled ? throttle_ : clock_unit::kThrottleNone})
-            .gigahertz();
+                           .throttle = facts.throttled ? throttle_ : clock_unit::kThrottleNone});
     }
 
     constexpr CoreRates coreRates() const
     {
-        return {.core3d = gigahertz(VEK_CLOCK_3D),
-                .shader = gigahertz(VEK_CLOCK_3D_SHADER),
-                .core2d = gigahertz(VEK_CLOCK_2D)};
+        return {.core3d = rate(VEK_CLOCK_3D).gigahertz(),
+                .shader = rate(VEK_CLOCK_3D_SHADER).gigahertz(),
+                .core2d = rate(VEK_CLOCK_2D).gigahertz()};
     }
 
     std::uint32_t* writable(std::uint64_t address);
+    void tellRates();
 
     Die& die_;
+    ClockFollower* follower_;
     std::array<std::uint32_t, clock_unit::kDomains> settings_{};
     // The first one, of no source, stays on.
     std::array<std::uint32_t, clock_unit::kSources> modes_{};

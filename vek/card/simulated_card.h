@@ -7,6 +7,7 @@
 
 #include "card/address_window.h"
 #include "card/amba_bus.h"
+#include "card/axi_monitor.h"
 #include "card/board_rails.h"
 #include "card/card_clock.h"
 #include "card/chip_facts.h"
@@ -20,6 +21,7 @@
 #include "card/gamma_table.h"
 #include "card/hdmi_phy.h"
 #include "card/i2c_board_buses.h"
+#include "card/info_unit.h"
 #include "card/mcu.h"
 #include "card/monitor_ddc.h"
 #include "card/output_routing.h"
@@ -58,8 +60,10 @@ struct SimulatedCard {
         : dpPhys{DpPhy(sinks[0].attached()), DpPhy(sinks[1].attached())},
           dpSinks{DpSink(sinks[0], dpPhys[0]), DpSink(sinks[1], dpPhys[1])},
           mcu(dpSinks[0], clock, McuCondition::kRunning),
-          clocks(chip.clocks, die),
+          axiMonitor(clock, chip.axiMonitor, chip.clocks),
+          clocks(chip.clocks, die, &axiMonitor),
           sensors(die, chip.process),
+          information(chip, clocks, monitors[0]),
           outputRouting(routing),
           videoMemory(chip.videoMemorySize),
           amba(std::to_array<AddressWindow>({
@@ -92,22 +96,26 @@ struct SimulatedCard {
     EdpBacklight edpBacklight;
     Mcu mcu;
     Die die{clock};
+    AxiMonitor axiMonitor;
     ClockUnit clocks;
     SensorUnit sensors;
     PowerUnit power{clocks, die};
     FeatureRegisters features;
+    InfoUnit information;
     OutputRoutingRegisters outputRouting;
-    /// The devices in the register region, ascending.
-    std::array<AddressWindow, 8> registerWindows{{
+    /// The devices in the register region.
+    std::array<AddressWindow, 10> registerWindows = ascending<10>({{
         {.base = OutputRoutingRegisters::kBase, .length = OutputRoutingRegisters::kSize, .target = &outputRouting},
         {.base = zoom_video::kBase, .length = zoom_video::kSize, .target = &zoomVideo},
         {.base = mcu_mailbox::kBase, .length = mcu_mailbox::kSize, .target = mcu.mailbox()},
         {.base = Mcu::kResetControlBase, .length = Mcu::kResetControlSize, .target = mcu.resetControl()},
+        {.base = axiMonitor.base(), .length = axi_monitor::kSize, .target = &axiMonitor},
         {.base = sensor_unit::kWindowBase, .length = sensor_unit::kWindowSize, .target = &sensors},
         {.base = clock_unit::kWindowBase, .length = clock_unit::kWindowSize, .target = &clocks},
         {.base = power_unit::kWindowBase, .length = power_unit::kWindowSize, .target = &power},
         {.base = feature_switches::kWindowBase, .length = feature_switches::kWindowSize, .target = &features},
-    }};
+        {.base = info_unit::kWindowBase, .length = info_unit::kWindowSize, .target = &information},
+    }});
     RegisterRegion registers{registerWindows};
     SparseMemory videoMemory;
     SparseMemory boardRam{kBoardRamSize};

@@ -60,6 +60,29 @@ bool hasOutput(const DisplayUnits& units, DisplayOutput output)
     return false;
 }
 
+int ddcChannelOf(const DisplayUnits& units, DisplayOutput output)
+{
+    switch (output) {
+        case DisplayOutput::kHdmi0:
+            return 0;
+        case DisplayOutput::kHdmi1:
+            return 1;
+        case DisplayOutput::kVga:
+            return units.vgaDdc;
+        case DisplayOutput::kDvo:
+            return units.dvoDdc;
+        case DisplayOutput::kDp0:
+        case DisplayOutput::kDp1:
+            break;
+    }
+    return kNoDdc;
+}
+
+const char* outputName(DisplayOutput output)
+{
+    return kNames[static_cast<std::size_t>(output)].data();
+}
+
 OutputRoute routeOf(std::uint32_t routing, DisplayOutput output)
 {
     const std::uint32_t field = routing >> (static_cast<unsigned>(output) * output_routing::kFieldBits);

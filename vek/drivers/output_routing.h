@@ -34,6 +34,12 @@ constexpr DisplayUnits kNoDisplays{
 /// Whether the chip has an output.
 bool hasOutput(const DisplayUnits& units, DisplayOutput output);
 
+/// The DDC channel of an output, kNoDdc when it has none, as DisplayPort.
+int ddcChannelOf(const DisplayUnits& units, DisplayOutput output);
+
+/// The name of an output on the board.
+const char* outputName(DisplayOutput output);
+
 /// Register 0x024 of the register region: a field of 4 bits an output, HDMI-0 in bits 3:0, then HDMI-1, DP-0, DP-1,
 /// VGA, and DVO in bits 23:20. Bit 3 of a field switches the output on, bits 2:0 name the display controller that
 /// feeds it. Bits 31:24, and the fields of outputs that the chip lacks, only hold what is written.

@@ -11,32 +11,17 @@ namespace vek
 namespace
 {
 
-int readEdidOfDdc(const Displays& displays, std::size_t channel, EdidBuffer& bytes, std::size_t& length)
-{
-    I2cBus* bus = channel < displays.ddc.size() ? displays.ddc[channel] : nullptr;
-    return bus == nullptr ? VEK_NOT_AVAILABLE : readEdid(*bus, bytes, length);
-}
-
 /// Reads the EDID of the display at an output that the chip has.
 int readOutputEdid(const Displays& displays, DisplayOutput output, EdidBuffer& bytes, std::size_t& length)
 {
-    switch (output) {
-        case DisplayOutput::kHdmi0:
-            return readEdidOfDdc(displays, 0, bytes, length);
-        case DisplayOutput::kHdmi1:
-            return readEdidOfDdc(displays, 1, bytes, length);
-        case DisplayOutput::kVga:
-            return readEdidOfDdc(displays, static_cast<std::size_t>(displays.units.vgaDdc), bytes, length);
-        case DisplayOutput::kDvo:
-            return readEdidOfDdc(displays, static_cast<std::size_t>(displays.units.dvoDdc), bytes, length);
-        case DisplayOutput::kDp0:
-        case DisplayOutput::kDp1:
-            break;
-    }
-    return VEK_NOT_AVAILABLE;
+    const int channel = ddcChannelOf(displays.units, output);
+    const auto index = static_cast<std::size_t>(channel);
+    I2cBus* bus = channel >= 0 && index < displays.ddc.size() ? displays.ddc[index] : nullptr;
+    return bus == nullptr ? VEK_NOT_AVAILABLE : readEdid(*bus, bytes, length);
 }
 
-/// The preferred timing of the display at an output, routed or not.
+}  // namespace
+
 int attachedTiming(const Displays& displays, DisplayOutput output, VekDisplayMode& mode)
 {
     EdidBuffer bytes;
@@ -48,8 +33,6 @@ int attachedTiming(const Displays& displays, DisplayOutput output, VekDisplayMod
     const auto edid = std::span(bytes).first(length);
     return checkEdid(edid).valid() && preferredTiming(edid, mode) ? VEK_OK : VEK_BAD_DATA;
 }
-
-}  // namespace
 
 int outputTiming(const Displays& displays, DisplayOutput output, VekDisplayMode& mode)
 {

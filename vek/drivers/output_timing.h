@@ -18,6 +18,10 @@ struct Displays {
     std::span<I2cBus* const> ddc;  ///< By DDC channel; null where the chip has none.
 };
 
+/// Reads the preferred timing of the display at an output that the chip has, whether it is fed or not. Results as of
+/// outputTiming(); VEK_NOT_AVAILABLE when the display's EDID cannot be reached.
+int attachedTiming(const Displays& displays, DisplayOutput output, VekDisplayMode& mode);
+
 /// Reads the timing that an output runs at: the preferred one of its display's EDID. `mode` is touched on success only.
 /// Returns VEK_NO_RESPONSE when no display is attached or no controller of the chip feeds the output, VEK_BAD_DATA when
 /// the EDID is damaged or has no timing, else what the bus or the register region answers.

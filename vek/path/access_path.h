@@ -6,6 +6,7 @@
 
 #include "address_space.h"
 #include "aux_channel.h"
+#include "drivers/driver_core.h"
 #include "drivers/output_routing.h"
 #include "i2c_bus.h"
 #include "spi_bus.h"
@@ -35,6 +36,9 @@ struct AccessPath {
     AddressSpace* clocks = nullptr;       ///< Register file of the clock unit.
     AddressSpace* power = nullptr;        ///< Register file of the power unit.
     AddressSpace* features = nullptr;     ///< Register file of the feature switches.
+    AddressSpace* information = nullptr;  ///< Register file of the information unit.
+    AddressSpace* axiMonitor = nullptr;   ///< Register file of the AXI monitor; any thread may access it.
+    DriverCore* driver = nullptr;         ///< The kernel driver; with it come all spaces but the optional displays'.
     Channels<I2cBus, 4> i2c;              ///< The board's I2C channels.
     SpiBus* spi = nullptr;                ///< The SPI bus with the board's flash.
     Channels<I2cBus, 4> ddc;              ///< The display connectors' DDC channels.

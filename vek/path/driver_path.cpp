@@ -92,6 +92,11 @@ constexpr std::uint32_t kSecondRouting = routingOf({{DisplayOutput::kHdmi0, 0}, 
 constinit SimulatedCard firstCard{kQz201, kFirstBoard, kFirstRails, kFirstMonitors, kFirstSinks, kFirstRouting};
 constinit SimulatedCard secondCard{kQz202, kSecondBoard, kSecondRails, kSecondMonitors, kSecondSinks, kSecondRouting};
 
+// Their driver, which looks after each of them.
+constexpr DriverVersion kDriverVersion{.major = 1, .minor = 4, .third = 2, .fourth = 0};
+constinit DriverCore firstDriver{kDriverVersion, kQz201.videoMemorySize};
+constinit DriverCore secondDriver{kDriverVersion, kQz202.videoMemorySize};
+
 // The host has one kernel, whatever card is open.
 constinit KernelMemory kernelMemory;
 
@@ -115,7 +120,7 @@ constexpr DisplayUnits displaysOf(const ChipFacts& chip)
             .dvoDdc = chip.dvoDdc};
 }
 
-constexpr AccessPath pathTo(int index, const ChipFacts& chip, SimulatedCard& card)
+constexpr AccessPath pathTo(int index, const ChipFacts& chip, SimulatedCard& card, DriverCore& driver)
 {
     return {
         .mode = VEK_ACCESS_DRIVER,
@@ -131,6 +136,9 @@ constexpr AccessPath pathTo(int index, const ChipFacts& chip, SimulatedCard& car
         .clocks = &card.clocks,
         .power = &card.power,
         .features = &card.features,
+        .information = &card.information,
+        .axiMonitor = &card.axiMonitor,
+        .driver = &driver,
         .i2c = firstChannels<I2cBus, 4>(BoardI2cBuses::kChannels, [&](std::size_t n) { return card.i2c.bus(n); }),
         .spi = &card.spi,
         .ddc = firstChannels<I2cBus, 4>(chip.ddcChannels, [&](std::size_t n) { return card.ddc[n].bus(); }),
@@ -147,7 +155,8 @@ constexpr AccessPath pathTo(int index, const ChipFacts& chip, SimulatedCard& car
     };
 }
 
-constinit const std::array<AccessPath, 2> driverPaths{pathTo(0, kQz201, firstCard), pathTo(1, kQz202, secondCard)};
+constinit const std::array<AccessPath, kDriverCards> driverPaths{pathTo(0, kQz201, firstCard, firstDriver),
+                                                                 pathTo(1, kQz202, secondCard, secondDriver)};
 
 }  // namespace
 
