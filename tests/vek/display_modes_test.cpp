@@ -51,6 +51,13 @@ Fields hdmiMode(int channel)
     return fieldsOf(mode);
 }
 
+Fields dpMode(int channel)
+{
+    VekDisplayMode mode{};
+    EXPECT_EQ(vekDpModeRead(channel, &mode), VEK_OK) << channel;
+    return fieldsOf(mode);
+}
+
 /** The result of a read that has to fail, and to leave the record alone. */
 template <typename Read>
 int failureOf(Read read, int channel)
@@ -96,9 +103,12 @@ TEST_P(DisplayModes, ComeUpWithEveryDisplayRouted)
     if (GetParam() == 0) {
         EXPECT_EQ(controllerMode(0), k1080p);
         EXPECT_EQ(controllerMode(1), k2160p);
+        EXPECT_EQ(controllerMode(2), dpMode(0));
         EXPECT_EQ(controllerMode(3), kSxga);
+        EXPECT_NE(dpMode(1), dpMode(0));
     } else {
         EXPECT_EQ(controllerMode(0), kWuxga);
+        EXPECT_EQ(controllerMode(1), dpMode(0));
     }
 }
 
@@ -116,6 +126,24 @@ TEST_P(DisplayModes, FollowTheRouting)
     EXPECT_EQ(failureOf(vekHdmiModeRead, 0), VEK_NO_RESPONSE);
     route(0xf);
     EXPECT_EQ(failureOf(vekHdmiModeRead, 0), VEK_NO_RESPONSE) << "from a controller that no chip has";
+}
+
+TEST_P(DisplayModes, FollowTheRoutingOfDisplayPort)
+{
+    const Fields sink = dpMode(0);
+    route(0x900);
+    EXPECT_EQ(dpMode(0), sink);
+    EXPECT_EQ(controllerMode(1), sink);
+    EXPECT_EQ(failureOf(vekCrtcModeRead, 0), VEK_NO_RESPONSE);
+    for (const uint32_t off : {0x000U, 0x100U, 0xe00U}) {
+        route(off);
+        EXPECT_EQ(failureOf(vekDpModeRead, 0), VEK_NO_RESPONSE) << off;
+    }
+    if (GetParam() == 0) {
+        route(0x8000);
+        EXPECT_NE(controllerMode(0), sink) << "that of the panel";
+        EXPECT_EQ(failureOf(vekDpModeRead, 0), VEK_NO_RESPONSE);
+    }
 }
 
 TEST_P(DisplayModes, AreThoseOfTheControllersOfTheChip)

@@ -9,9 +9,14 @@
 #include <span>
 #include <vector>
 
+#include "card/dp_phy.h"
+#include "card/dp_sink.h"
+#include "card/dp_sinks.h"
 #include "card/monitor_ddc.h"
 #include "card/monitor_edids.h"
 #include "card/register_region.h"
+#include "test_clock.h"
+#include "test_pause.h"
 #include "vek.h"
 
 namespace
@@ -25,6 +30,8 @@ using vek::DisplayUnits;
 constexpr int k1080pClock = 148500;
 constexpr int k2160pClock = 594000;
 constexpr int kSxgaClock = 108000;
+constexpr int kQhdClock = 241500;
+constexpr int kPanelClock = 138500;
 
 constexpr int kUntouched = -7;
 
@@ -81,12 +88,21 @@ protected:
     DdcConnector dvo{std::span<const std::uint8_t>()};
     DdcConnector vga{vek::kMonitorSxga};
     std::array<vek::I2cBus*, 4> buses{hdmi0.bus(), hdmi1.bus(), dvo.bus(), vga.bus()};
+    vek::DpPhy phy0{true};
+    vek::DpPhy phy1{true};
+    vek::DpSink sink{vek::kDpMonitorQhd, phy0};
+    vek::DpSink panel{vek::kEdpPanel, phy1};
+    std::array<vek::AuxChannel*, 2> auxChannels{&sink, &panel};
+    TestClock clock;
+    TestPause pause{clock};
     vek::RegisterRegion registers{{}};
     std::uint32_t routing = 0;
     vek::Displays displays{
         .registers = registers,
-        .units = {.controllers = 4, .hdmiOutputs = 2, .dpOutputs = 0, .vgaDdc = 3, .dvoDdc = 2},
+        .units = {.controllers = 4, .hdmiOutputs = 2, .dpOutputs = 2, .vgaDdc = 3, .dvoDdc = 2},
         .ddc = buses,
+        .aux = auxChannels,
+        .pause = pause,
     };
 };
 
@@ -102,6 +118,32 @@ TEST_F(OutputTimings, AreThoseOfTheDisplayThatIsAttachedAndRouted)
     EXPECT_EQ(controller(1), kSxgaClock);
     EXPECT_EQ(controller(2), k1080pClock);
     EXPECT_EQ(controller(3), VEK_NO_RESPONSE);
+}
+
+TEST_F(OutputTimings, OfDisplayPortComeOverAux)
+{
+    route(DisplayOutput::kDp0, 3);
+    route(DisplayOutput::kDp1, 1);
+    EXPECT_EQ(output(DisplayOutput::kDp0), kQhdClock);
+    EXPECT_EQ(output(DisplayOutput::kDp1), kPanelClock);
+    EXPECT_EQ(controller(3), kQhdClock);
+    EXPECT_EQ(controller(1), kPanelClock);
+    switchOff(DisplayOutput::kDp0);
+    EXPECT_EQ(output(DisplayOutput::kDp0), VEK_NO_RESPONSE);
+    EXPECT_EQ(controller(3), VEK_NO_RESPONSE);
+}
+
+TEST_F(OutputTimings, AreNotThereFromASinkThatDoesNotReply)
+{
+    route(DisplayOutput::kDp0, 2);
+    route(DisplayOutput::kVga, 2);
+    sink.setManner(vek::AuxManner::kSilent);
+    EXPECT_EQ(output(DisplayOutput::kDp0), VEK_NO_RESPONSE);
+    EXPECT_EQ(controller(2), kSxgaClock);
+    sink.setManner(vek::AuxManner::kDefers);
+    EXPECT_EQ(output(DisplayOutput::kDp0), VEK_TIMED_OUT);
+    EXPECT_EQ(controller(2), VEK_TIMED_OUT);
+    EXPECT_GT(pause.total, 0U);
 }
 
 TEST_F(OutputTimings, HaveAllFieldsOfTheEdid)
@@ -178,13 +220,19 @@ TEST_F(OutputTimings, AreNotMadeUpFromADamagedEdid)
     EXPECT_EQ(controller(0), VEK_BAD_DATA);
 }
 
-TEST_F(OutputTimings, CannotBeReadWithoutADdc)
+TEST_F(OutputTimings, CannotBeReadWithoutABus)
 {
     route(DisplayOutput::kHdmi0, 0);
     route(DisplayOutput::kVga, 1);
+    route(DisplayOutput::kDp0, 2);
+    route(DisplayOutput::kDp1, 3);
     displays.ddc = displays.ddc.first(1);
+    displays.aux = displays.aux.first(1);
     buses[0] = nullptr;
+    auxChannels[0] = nullptr;
     EXPECT_EQ(output(DisplayOutput::kHdmi0), VEK_NOT_AVAILABLE);
+    EXPECT_EQ(output(DisplayOutput::kDp0), VEK_NOT_AVAILABLE);
+    EXPECT_EQ(controller(3), VEK_NOT_AVAILABLE);
     EXPECT_EQ(controller(1), VEK_NOT_AVAILABLE);
 }
 

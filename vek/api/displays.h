@@ -3,6 +3,7 @@
 
 #include "api/connection.h"
 #include "drivers/output_timing.h"
+#include "pause.h"
 #include "vek.h"
 
 namespace vek
@@ -17,10 +18,16 @@ inline int findDisplays()
     return openPath->registers == nullptr || openPath->displays.controllers == 0 ? VEK_NOT_AVAILABLE : VEK_OK;
 }
 
+inline constinit HostPause displayPause;
+
 /// The displays of the open path, when findDisplays() has found them.
 inline Displays openDisplays()
 {
-    return {.registers = *openPath->registers, .units = openPath->displays, .ddc = openPath->ddc};
+    return {.registers = *openPath->registers,
+            .units = openPath->displays,
+            .ddc = openPath->ddc,
+            .aux = openPath->dpAux,
+            .pause = displayPause};
 }
 
 /// Reads the timing that an output of the open path's card runs at into a caller's record.

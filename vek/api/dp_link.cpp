@@ -2,9 +2,9 @@
 
 #include "api/channels.h"
 #include "api/dp_aux.h"
-#include "api/dp_timing.h"
 #include "drivers/dp_controller.h"
 #include "drivers/dp_phy.h"
+#include "drivers/output_timing.h"
 #include "pause.h"
 #include "vek.h"
 
@@ -60,7 +60,7 @@ int sendStream(AuxTransfer& aux, DpControllerDriver& controller)
         return VEK_IO_ERROR;
     }
     VekDisplayMode mode{};
-    result = readDpTiming(aux, mode);
+    result = sinkTiming(aux, mode);
     return result == VEK_OK ? controller.sendStream(mode) : result;
 }
 

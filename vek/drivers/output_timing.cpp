@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "drivers/aux_i2c.h"
 #include "drivers/ddc_edid.h"
 #include "drivers/edid/edid.h"
 
@@ -11,27 +12,57 @@ namespace vek
 namespace
 {
 
-/// Reads the EDID of the display at an output that the chip has.
-int readOutputEdid(const Displays& displays, DisplayOutput output, EdidBuffer& bytes, std::size_t& length)
+/// The number of a DisplayPort output; kDisplayOutputs for another one.
+std::size_t auxNumberOf(DisplayOutput output)
 {
-    const int channel = ddcChannelOf(displays.units, output);
-    const auto index = static_cast<std::size_t>(channel);
-    I2cBus* bus = channel >= 0 && index < displays.ddc.size() ? displays.ddc[index] : nullptr;
-    return bus == nullptr ? VEK_NOT_AVAILABLE : readEdid(*bus, bytes, length);
+    switch (output) {
+        case DisplayOutput::kDp0:
+            return 0;
+        case DisplayOutput::kDp1:
+            return 1;
+        default:
+            return kDisplayOutputs;
+    }
+}
+
+/// The preferred timing of an EDID.
+int timingOf(std::span<const std::uint8_t> edid, VekDisplayMode& mode)
+{
+    return checkEdid(edid).valid() && preferredTiming(edid, mode) ? VEK_OK : VEK_BAD_DATA;
+}
+
+int monitorTiming(I2cBus& ddc, VekDisplayMode& mode)
+{
+    EdidBuffer bytes;
+    std::size_t length = 0;
+    const int result = readEdid(ddc, bytes, length);
+    return result == VEK_OK ? timingOf(std::span(bytes).first(length), mode) : result;
 }
 
 }  // namespace
 
-int attachedTiming(const Displays& displays, DisplayOutput output, VekDisplayMode& mode)
+int sinkTiming(AuxTransfer& aux, VekDisplayMode& mode)
 {
     EdidBuffer bytes;
     std::size_t length = 0;
-    const int result = readOutputEdid(displays, output, bytes, length);
-    if (result != VEK_OK) {
-        return result;
+    AuxEdidBlocks display(aux);
+    const int result = readEdid(display, bytes, length);
+    return result == VEK_OK ? timingOf(std::span(bytes).first(length), mode) : result;
+}
+
+int attachedTiming(const Displays& displays, DisplayOutput output, VekDisplayMode& mode)
+{
+    const std::size_t aux = auxNumberOf(output);
+    if (aux < displays.aux.size() && displays.aux[aux] != nullptr) {
+        AuxTransfer transfer(*displays.aux[aux], displays.pause);
+        return sinkTiming(transfer, mode);
     }
-    const auto edid = std::span(bytes).first(length);
-    return checkEdid(edid).valid() && preferredTiming(edid, mode) ? VEK_OK : VEK_BAD_DATA;
+    const int ddc = ddcChannelOf(displays.units, output);
+    const auto index = static_cast<std::size_t>(ddc);
+    if (ddc >= 0 && index < displays.ddc.size() && displays.ddc[index] != nullptr) {
+        return monitorTiming(*displays.ddc[index], mode);
+    }
+    return VEK_NOT_AVAILABLE;
 }
 
 int outputTiming(const Displays& displays, DisplayOutput output, VekDisplayMode& mode)

@@ -115,7 +115,7 @@ constexpr DisplayUnits displaysOf(const ChipFacts& chip)
 {
     return {.controllers = chip.controllers,
             .hdmiOutputs = chip.hdmiOutputs,
-            .dpOutputs = 0,
+            .dpOutputs = chip.dpOutputs,
             .vgaDdc = chip.vgaDdc,
             .dvoDdc = chip.dvoDdc};
 }
