@@ -53,5 +53,14 @@ TEST_F(DisplayInitialStateDeathTest, FirstI2cChannelLeavesDeviceZero)
                 ::testing::ExitedWithCode(0), "");
 }
 
+TEST_F(DisplayInitialStateDeathTest, NoZoomVideoPortIsKnown)
+{
+    for (const char* text : {"zv init", "zv start", "zv stop", "zv restart", "zv info"}) {
+        EXPECT_EXIT(exitWithComparison(call(doZV, text), Outcome{-2}), ::testing::ExitedWithCode(0), "") << text;
+        EXPECT_EXIT(call(doZV, text); exitWithComparison(takeDeviceCalls(), {}), ::testing::ExitedWithCode(0), "")
+            << text;
+    }
+}
+
 }  // namespace
 }  // namespace console_test

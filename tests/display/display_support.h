@@ -6,6 +6,7 @@
 #define DISPLAY_SUPPORT_H
 
 #include <chrono>
+#include <climits>
 #include <cstdint>
 #include <cstdlib>
 #include <iomanip>
@@ -17,6 +18,16 @@
 
 namespace console_test
 {
+
+/** Results of the library that are failures where 0 alone is success. */
+inline constexpr int kFailures[] = {-1, -5, -22, INT_MIN, 1, 2, INT_MAX};
+
+/** A line of a dump of bytes: the hexadecimal part filled up with blanks, and the characters. */
+inline std::string dumpLine(std::string hexadecimal, const std::string& characters)
+{
+    hexadecimal.resize(58, ' ');
+    return hexadecimal + '\t' + characters + '\n';
+}
 
 /** A number in lower-case hexadecimal with at least so many digits. */
 inline std::string hexDigits(std::uint32_t number, int digits = 1)

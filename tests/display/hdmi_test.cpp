@@ -4,6 +4,7 @@
 #include <string>
 
 #include "console_support.h"
+#include "display_support.h"
 #include "tovira_parse/handlers.h"
 
 namespace console_test
@@ -18,9 +19,6 @@ using recording_vek::setResult;
 using recording_vek::setResultOnCall;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-/** Results that are failures. */
-constexpr int kFailures[] = {-1, -5, -22, INT_MIN, 1, 2, INT_MAX};
 
 class HdmiTest : public ConsoleTest
 {
