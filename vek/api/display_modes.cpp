@@ -64,6 +64,8 @@ int vekCrtcGammaSet(const char* setting)
     vek::GammaSetting parsed;
     const char* fault = vek::parseGammaSetting(setting == nullptr ? "" : setting, vek::controllersWithGamma(), parsed);
     if (fault != nullptr) {
+        // What was printed before has to stand before it.
+        std::fflush(stdout);
         std::fprintf(stderr, "gamma: %s\n", fault);
         return VEK_BAD_ARGUMENT;
     }
