@@ -1,5 +1,6 @@
 #include "drivers/dp_phy.h"
 
+#include "drivers/polling.h"
 #include "vek.h"
 
 namespace vek
@@ -7,9 +8,8 @@ namespace vek
 namespace
 {
 
-/// How often the status is read at most until the PLL has locked, which takes 0.2 ms.
-constexpr int kMaxLockReads = 20;
-constexpr std::uint32_t kLockReadMicroseconds = 100;
+/// How the PLL is waited for, which takes 0.2 ms to lock.
+constexpr Patience kLockPatience{.eagerLooks = 1, .pausedLooks = 20, .interval = 100};
 
 }  // namespace
 
@@ -35,14 +35,13 @@ int DpPhyDriver::start(std::uint8_t rate, std::uint8_t lanes)
         const std::uint32_t sending = ((1U << lanes) - 1) << dp_phy::kControlLanesShift;
         result = write(dp_phy::kControl, (static_cast<std::uint32_t>(control) & ~dp_phy::kControlLanes) | sending);
     }
-    for (int reads = 0; result == VEK_OK && reads < kMaxLockReads; ++reads) {
-        const auto [answered, status] = registers_.read(dp_phy::kStatus, dp_phy::kRegisterWidth);
-        if (answered != VEK_OK || (status & dp_phy::kStatusLocked) != 0) {
-            return answered;
-        }
-        pause_.microseconds(kLockReadMicroseconds);
+    if (result != VEK_OK) {
+        return result;
     }
-    return result == VEK_OK ? VEK_TIMED_OUT : result;
+    return awaitReadiness(pause_, kLockPatience, [this] {
+        const auto [answered, status] = registers_.read(dp_phy::kStatus, dp_phy::kRegisterWidth);
+        return Readiness{answered, (status & dp_phy::kStatusLocked) != 0};
+    });
 }
 
 int DpPhyDriver::sendPattern(std::uint8_t pattern)
