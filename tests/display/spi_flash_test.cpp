@@ -378,6 +378,26 @@ TEST_F(SpiTest, ProgramAddressesBelowZeroAreLeftToTheLibrary)
                                                "vekSpiProgram(buffer, -4, 4)"));
 }
 
+TEST_F(SpiTest, ProgramOfAnEmptyFileIsOneOfNoBytes)
+{
+    writeFile("empty", "");
+    EXPECT_EQ(call(doSpi, "spi program 10 empty"), Outcome{});
+    EXPECT_EQ(call(doSpi, "spi program 200000 empty"), Outcome{});
+    EXPECT_THAT(takeDeviceCalls(), ElementsAre("vekSpiProgram(buffer, 16, 0)", "vekSpiProgram(buffer, 2097152, 0)"));
+}
+
+// Attributes of the kernel have the length of a page, whatever they hold.
+TEST_F(SpiTest, ProgramFileThatEndsBeforeItsLengthIsSilent)
+{
+    const std::string attribute = "/sys/devices/system/cpu/online";
+    if (!std::filesystem::exists(attribute) || std::filesystem::file_size(attribute) % 4 != 0 ||
+        readFile(attribute).size() == std::filesystem::file_size(attribute)) {
+        GTEST_SKIP() << "no file that is shorter than its length";
+    }
+    EXPECT_EQ(call(doSpi, "spi program 0 " + attribute), Outcome{});
+    EXPECT_THAT(takeDeviceCalls(), IsEmpty());
+}
+
 TEST_F(SpiTest, ProgramNeedsAddressAndFile)
 {
     for (const char* text : {"spi program", "spi program ,\t", "spi program 0", "spi program 0 ,\t"}) {

@@ -348,6 +348,15 @@ TEST_P(RegionTest, CountIsHexadecimal)
     EXPECT_EQ(takeDeviceCalls().size(), 26U);
 }
 
+TEST_P(RegionTest, AddressesAreThirtyTwoBitsWide)
+{
+    EXPECT_EQ(enter(" -a ffffffff"), "ffffffff: 00\n");
+    EXPECT_EQ(enter(" -a 123456789 -w 4"), "23456789: 00000000\n");
+    EXPECT_EQ(enter(" -a 1fffffff0 -o 1 -v 5"), "[fffffff0]=05\n");
+    EXPECT_THAT(takeDeviceCalls(), ElementsAre(functionAt("ReadByte(0xffffffff)"), functionAt("ReadLong(0x23456789)"),
+                                               functionAt("WriteByte(0xfffffff0, 0x5)")));
+}
+
 TEST_P(RegionTest, TheLastOfAnOptionCounts)
 {
     EXPECT_EQ(enter(" -a 10 -w 2 -o 1 -a 20 -o 0 -w 4 -n 8 -n 1"), "00000020: 00000000\n");
