@@ -10,7 +10,7 @@ namespace vek
 namespace
 {
 
-/// What goes into the registers from kFirstControl on: the data sheet's start set-up (section 19), with composite video
+/// What goes into the registers from kFirstControl on, meant as in the data sheet's start set-up: composite video
 /// at AI11, automatic gain, automatic field detection, and the outputs on.
 constexpr auto kSetUp = std::to_array<std::uint8_t>({
     0xc0,  // analogue input control 1: mode 0
