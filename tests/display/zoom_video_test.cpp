@@ -44,9 +44,9 @@ protected:
 
 TEST_F(ZoomVideoTest, OtherSubCommandsAreNamedInvalid)
 {
-    for (const char* text :
-         {"zv foo", "zv foo 0", "zv 0", "zv ini 0", "zv inits 0", "zv star 0 1 1", "zv starts 0 1 1", "zv sto 0",
-          "zv stops 0", "zv restar 0", "zv restarts 0", "zv inf 0", "zv infos 0", "zv stop\n", "zv info\r"}) {
+    for (const char* text : {"zv foo", "zv foo 0", "zv 0", "zv ini 0", "zv inits 0", "zv star 0 1 1", "zv starts 0 1 1",
+                             "zv sto 0", "zv stops 0", "zv restar 0", "zv restarts 0", "zv inf 0", "zv infos 0",
+                             "zv xstart 0 1 1", "zv xstop 0", "zv xinit 0", "zv stop\n", "zv info\r"}) {
         EXPECT_EQ(call(doZV, text), (Outcome{-2, kUnknownLine})) << text;
     }
     EXPECT_THAT(takeDeviceCalls(), IsEmpty());
