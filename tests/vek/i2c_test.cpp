@@ -58,8 +58,8 @@ TEST_P(I2c, HasNothingElseOnItsChannels)
     for (int channel = 0; channel < 4; ++channel) {
         for (uint32_t device = 0; device < 0x80; ++device) {
             const bool decoder = (channel == 0 && device == kDecoder) || (channel == 1 && device == kDecoder + 1);
-            const bool monitor = (channel == 1 && (device == kLtc2990 || device == kLtc2991)) ||
-                                 (channel == 2 && device == kIna3221);
+            const bool monitor =
+                (channel == 1 && (device == kLtc2990 || device == kLtc2991)) || (channel == 2 && device == kIna3221);
             if (decoder || monitor || (channel == 0 && device == kEeprom)) {
                 continue;
             }
