@@ -2,6 +2,8 @@
 #ifndef TOVIRA_PARSE_HEAP_H
 #define TOVIRA_PARSE_HEAP_H
 
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 
@@ -14,5 +16,11 @@ struct FreeMemory {
 /// exception.
 template <typename Type>
 using HeapPointer = std::unique_ptr<Type, FreeMemory>;
+
+/// Says on standard output that an allocation failed.
+void reportOutOfMemory();
+
+/// Allocates bytes of value 0; no bytes, too, are an allocation. Null, and reported, when they cannot be had.
+HeapPointer<std::uint8_t> allocateBytes(std::size_t count);
 
 #endif

@@ -1,7 +1,5 @@
 // The mailbox of the board's microcontroller: every register access of every request, in order.
 
-#include <unistd.h>
-
 #include <cctype>
 #include <cstddef>
 #include <cstdint>
@@ -14,13 +12,6 @@
 #include "console_support.h"
 #include "display_support.h"
 #include "tovira_parse/handlers.h"
-
-// Stands before the C library's: the wait for a microcontroller that has been reset is a line among the accesses.
-extern "C" unsigned int sleep(unsigned int seconds)
-{
-    recording_vek::note("sleep(" + std::to_string(seconds) + ")");
-    return 0;
-}
 
 namespace console_test
 {
@@ -79,7 +70,7 @@ Accesses operator+(Accesses left, const Accesses& right)
 /** The pulse of the reset that comes in a header when the firmware's signature is missing. */
 Accesses resetPulse()
 {
-    return {writeLong(0x308068, 0xffffff00), writeLong(0x308068, 0xffffff08), "sleep(1)"};
+    return {writeLong(0x308068, 0xffffff00), writeLong(0x308068, 0xffffff08), "wait(1000000)"};
 }
 
 /** What every request begins with while the firmware runs. */

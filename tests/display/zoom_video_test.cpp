@@ -1,5 +1,3 @@
-#include <unistd.h>
-
 #include <climits>
 #include <cstddef>
 #include <cstdint>
@@ -10,13 +8,6 @@
 #include "console_support.h"
 #include "display_support.h"
 #include "tovira_parse/handlers.h"
-
-// Stands in for the C library's: the wait is taken down, not waited for.
-int usleep(useconds_t microseconds)
-{
-    recording_vek::note("wait " + std::to_string(microseconds));
-    return 0;
-}
 
 namespace console_test
 {
@@ -203,7 +194,7 @@ TEST_P(ZoomVideoDetectionTest, SwitchesTheCaptureLogicOnAndReadsTheSize)
     setPicture(720, 65535);
     EXPECT_EQ(call(doZV, "zv start " + id()), Outcome{});
     EXPECT_THAT(takeDeviceCalls(),
-                ElementsAre(controlRead(), controlWrite("0xa0000011"), "wait 100000", widthRead(), heightRead(),
+                ElementsAre(controlRead(), controlWrite("0xa0000011"), "wait(100000)", widthRead(), heightRead(),
                             "vekZoomVideoStart(" + id() + ", 0, 0, 720, 65535, 0, 0, 0, 0)"));
 }
 
@@ -213,7 +204,7 @@ TEST_P(ZoomVideoDetectionTest, WritesTheControlRegisterEvenIfTheLogicIsOn)
     setPicture(32768, 1);
     EXPECT_EQ(call(doZV, "zv start " + id()), Outcome{});
     EXPECT_THAT(takeDeviceCalls(),
-                ElementsAre(controlRead(), controlWrite("0xffffffff"), "wait 100000", widthRead(), heightRead(),
+                ElementsAre(controlRead(), controlWrite("0xffffffff"), "wait(100000)", widthRead(), heightRead(),
                             "vekZoomVideoStart(" + id() + ", 0, 0, 32768, 1, 0, 0, 0, 0)"));
 }
 
@@ -222,9 +213,9 @@ TEST_P(ZoomVideoDetectionTest, KeepsAGivenWidth)
     setPicture(720, 576);
     EXPECT_EQ(call(doZV, "zv start " + id() + " 640"), Outcome{});
     EXPECT_EQ(call(doZV, "zv start " + id() + " 640 0 1 2 3 4 5 6"), Outcome{});
-    EXPECT_THAT(takeDeviceCalls(), ElementsAre(controlRead(), controlWrite("0x1"), "wait 100000", heightRead(),
+    EXPECT_THAT(takeDeviceCalls(), ElementsAre(controlRead(), controlWrite("0x1"), "wait(100000)", heightRead(),
                                                "vekZoomVideoStart(" + id() + ", 0, 0, 640, 576, 0, 0, 0, 0)",
-                                               controlRead(), controlWrite("0x1"), "wait 100000", heightRead(),
+                                               controlRead(), controlWrite("0x1"), "wait(100000)", heightRead(),
                                                "vekZoomVideoStart(" + id() + ", 1, 2, 640, 576, 3, 4, 5, 6)"));
 }
 
@@ -232,7 +223,7 @@ TEST_P(ZoomVideoDetectionTest, KeepsAGivenHeight)
 {
     setPicture(720, 576);
     EXPECT_EQ(call(doZV, "zv start " + id() + " 0 480 1 2 3 4 5 6"), Outcome{});
-    EXPECT_THAT(takeDeviceCalls(), ElementsAre(controlRead(), controlWrite("0x1"), "wait 100000", widthRead(),
+    EXPECT_THAT(takeDeviceCalls(), ElementsAre(controlRead(), controlWrite("0x1"), "wait(100000)", widthRead(),
                                                "vekZoomVideoStart(" + id() + ", 1, 2, 720, 480, 3, 4, 5, 6)"));
 }
 
@@ -243,13 +234,13 @@ TEST_P(ZoomVideoDetectionTest, WithoutAPictureNothingIsStarted)
         setPicture(width, height);
         EXPECT_EQ(call(doZV, "zv start " + id()), Outcome{-2}) << width << 'x' << height;
         EXPECT_THAT(takeDeviceCalls(),
-                    ElementsAre(controlRead(), ::testing::_, "wait 100000", widthRead(), heightRead()));
+                    ElementsAre(controlRead(), ::testing::_, "wait(100000)", widthRead(), heightRead()));
     }
     setPicture(0, 0);
     EXPECT_EQ(call(doZV, "zv start " + id() + " 640"), Outcome{-2});
-    EXPECT_THAT(takeDeviceCalls(), ElementsAre(controlRead(), ::testing::_, "wait 100000", heightRead()));
+    EXPECT_THAT(takeDeviceCalls(), ElementsAre(controlRead(), ::testing::_, "wait(100000)", heightRead()));
     EXPECT_EQ(call(doZV, "zv start " + id() + " 0 480"), Outcome{-2});
-    EXPECT_THAT(takeDeviceCalls(), ElementsAre(controlRead(), ::testing::_, "wait 100000", widthRead()));
+    EXPECT_THAT(takeDeviceCalls(), ElementsAre(controlRead(), ::testing::_, "wait(100000)", widthRead()));
 }
 
 TEST_P(ZoomVideoDetectionTest, PortIsRememberedEvenIfNothingIsStarted)
@@ -267,7 +258,7 @@ TEST_P(ZoomVideoDetectionTest, WorksOnTheRememberedPort)
     takeDeviceCalls();
     EXPECT_EQ(call(doZV, "zv start"), Outcome{});
     EXPECT_THAT(takeDeviceCalls(),
-                ElementsAre(controlRead(), controlWrite("0x1"), "wait 100000", widthRead(), heightRead(),
+                ElementsAre(controlRead(), controlWrite("0x1"), "wait(100000)", widthRead(), heightRead(),
                             "vekZoomVideoStart(" + id() + ", 0, 0, 720, 576, 0, 0, 0, 0)"));
 }
 
@@ -279,7 +270,7 @@ TEST_P(ZoomVideoDetectionTest, RegisterFailuresAreNotLookedAt)
         setResult("vekRegWriteLong", code);
         EXPECT_EQ(call(doZV, "zv start " + id()), Outcome{}) << code;
         EXPECT_THAT(takeDeviceCalls(),
-                    ElementsAre(controlRead(), ::testing::_, "wait 100000", widthRead(), heightRead(),
+                    ElementsAre(controlRead(), ::testing::_, "wait(100000)", widthRead(), heightRead(),
                                 "vekZoomVideoStart(" + id() + ", 0, 0, 720, 576, 0, 0, 0, 0)"))
             << code;
     }
@@ -289,7 +280,7 @@ TEST_P(ZoomVideoDetectionTest, RegisterFailuresAreNotLookedAt)
     takeDeviceCalls();
     setResult("vekRegReadWord", -5);
     EXPECT_EQ(call(doZV, "zv start " + id()), Outcome{-2});
-    EXPECT_THAT(takeDeviceCalls(), ElementsAre(controlRead(), ::testing::_, "wait 100000", widthRead(), heightRead()));
+    EXPECT_THAT(takeDeviceCalls(), ElementsAre(controlRead(), ::testing::_, "wait(100000)", widthRead(), heightRead()));
 }
 
 TEST_P(ZoomVideoDetectionTest, UnreadControlRegisterCountsAsZero)
@@ -298,7 +289,7 @@ TEST_P(ZoomVideoDetectionTest, UnreadControlRegisterCountsAsZero)
     setResult("vekRegReadLong", INT_MIN);
     EXPECT_EQ(call(doZV, "zv start " + id()), Outcome{-2});
     EXPECT_THAT(takeDeviceCalls(),
-                ElementsAre(controlRead(), controlWrite("0x1"), "wait 100000", widthRead(), heightRead()));
+                ElementsAre(controlRead(), controlWrite("0x1"), "wait(100000)", widthRead(), heightRead()));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ZoomVideoDetectionTest,
@@ -408,7 +399,7 @@ TEST_P(ZoomVideoIdTest, IsRememberedForEverySubCommandWithoutOne)
     EXPECT_THAT(takeDeviceCalls(),
                 ElementsAre("vekZoomVideoInit(5, 0, 0, 0)", "vekZoomVideoStop(5)", "vekZoomVideoRestart(5)",
                             "vekZoomVideoGetParm(5)", "vekRegReadLong(0x100d0)", "vekRegWriteLong(0x100d0, 0x1)",
-                            "wait 100000", "vekRegReadWord(0x100dc)", "vekRegReadWord(0x100de)"));
+                            "wait(100000)", "vekRegReadWord(0x100dc)", "vekRegReadWord(0x100de)"));
 }
 
 TEST_P(ZoomVideoIdTest, NegativeOneIsRememberedAndRefused)

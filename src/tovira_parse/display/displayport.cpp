@@ -73,9 +73,8 @@ int readByteBlock(DpCommand& command, Read read)
     if (count < 0) {
         return kStatusBadArgument;
     }
-    const HeapPointer<std::uint8_t> bytes(static_cast<std::uint8_t*>(calloc(static_cast<std::size_t>(count), 1)));
+    const HeapPointer<std::uint8_t> bytes = allocateBytes(typedCount);
     if (bytes == nullptr) {
-        puts("Out of memory");
         return kStatusBadCommand;
     }
     if (read(command.channel, address, bytes.get(), count) != 0) {

@@ -1,7 +1,5 @@
 // The board's microcontroller: AUX and I2C-over-AUX transfers through its mailbox, a page of the register region.
 
-#include <unistd.h>
-
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -9,6 +7,7 @@
 
 #include "tovira_parse/handlers.h"
 #include "tovira_parse/text.h"
+#include "tovira_parse/wait.h"
 #include "util_cmd.h"
 #include "vek.h"
 
@@ -38,7 +37,7 @@ enum Mailbox : std::uint32_t {
 constexpr std::uint32_t kFirmwareRuns = 0xDEADBEEF;
 constexpr std::uint32_t kResetAsserted = 0xFFFFFF00;
 constexpr std::uint32_t kResetReleased = 0xFFFFFF08;
-constexpr unsigned kFirmwareStartSeconds = 1;
+constexpr std::uint32_t kFirmwareStartMicroseconds = 1'000'000;
 constexpr std::uint8_t kRing = 0xAA;
 constexpr std::uint32_t kCompleted = 0x55AA55AA;
 constexpr std::uint8_t kMark = 0x32;
@@ -82,7 +81,7 @@ void ResetMcu(std::uint8_t command, std::uint32_t address, std::uint8_t length)
     if (readLong(kSignature) != kFirmwareRuns) {
         vekRegWriteLong(kMcuResetControl, kResetAsserted);
         vekRegWriteLong(kMcuResetControl, kResetReleased);
-        sleep(kFirmwareStartSeconds);
+        waitMicroseconds(kFirmwareStartMicroseconds);
     }
     vekRegWriteByte(kCommandCode, command);
     vekRegWriteLong(kAddress, address);
@@ -90,9 +89,11 @@ void ResetMcu(std::uint8_t command, std::uint32_t address, std::uint8_t length)
     vekRegWriteByte(kRequestMark, kMark);
 }
 
-// There is no limit to the wait: whoever watches a board that never answers ends the program.
+// There is no limit to the wait: whoever watches a board that never answers ends the program, and keeps what it has
+// printed by then.
 void ringAndWait()
 {
+    fflush(stdout);
     vekRegWriteByte(kDoorbell, kRing);
     while (readLong(kCompletion) != kCompleted) {
     }

@@ -26,12 +26,6 @@ constexpr std::size_t wholeWords(std::size_t size)
     return (size + kWordSize - 1) / kWordSize * kWordSize;
 }
 
-int reportOutOfMemory()
-{
-    puts("Out of memory");
-    return kStatusBadCommand;
-}
-
 void showBeginning(std::uint32_t address, const std::uint8_t* bytes, std::int32_t size)
 {
     printByte(address, bytes, std::min(size, kMostShown));
@@ -52,12 +46,12 @@ int readFlash(Tokens& arguments)
     }
     const auto size = static_cast<std::int32_t>(typedSize);
     if (size < 0) {
-        return reportOutOfMemory();
+        reportOutOfMemory();
+        return kStatusBadCommand;
     }
-    const HeapPointer<std::uint8_t> bytes(
-        static_cast<std::uint8_t*>(calloc(wholeWords(typedSize) / kWordSize, kWordSize)));
+    const HeapPointer<std::uint8_t> bytes = allocateBytes(wholeWords(typedSize));
     if (bytes == nullptr) {
-        return reportOutOfMemory();
+        return kStatusBadCommand;
     }
     if (vekSpiReadBuffer(bytes.get(), static_cast<std::int32_t>(address), size) != 0) {
         return kStatusDone;
@@ -93,11 +87,12 @@ int programFlash(Tokens& arguments)
     const FileText image = readWholeFile(name, static_cast<std::size_t>(std::max<std::int64_t>(room, 0)));
     if (image.text == nullptr) {
         if (image.outOfMemory) {
-            return reportOutOfMemory();
+            reportOutOfMemory();
+            return kStatusBadCommand;
         }
         return errno == EFBIG ? kStatusBadArgument : kStatusDone;
     }
-    if (room < 0) {
+    if (static_cast<std::int64_t>(wholeWords(image.length)) > room) {
         return kStatusBadArgument;
     }
     // A file that ends within a word is not programmed, not even with that word filled up.

@@ -1,7 +1,5 @@
 // The zoom-video capture ports: set-up, capture into a window, and the size of the picture that comes in.
 
-#include <unistd.h>
-
 #include <cstdint>
 #include <cstdio>
 #include <span>
@@ -10,6 +8,7 @@
 #include "tovira_parse/handlers.h"
 #include "tovira_parse/numbers.h"
 #include "tovira_parse/text.h"
+#include "tovira_parse/wait.h"
 #include "util_cmd.h"
 #include "vek.h"
 
@@ -26,7 +25,7 @@ struct CaptureRegisters {
 constexpr CaptureRegisters kFirstPort = {.control = 0x100c0, .width = 0x100cc, .height = 0x100ce};
 constexpr CaptureRegisters kOtherPort = {.control = 0x100d0, .width = 0x100dc, .height = 0x100de};
 constexpr std::uint32_t kCaptureOn = 1;
-constexpr useconds_t kMeasuringMicroseconds = 100'000;
+constexpr std::uint32_t kMeasuringMicroseconds = 100'000;
 
 // The port that was named last, whichever sub-command named it; none yet below 0.
 std::int32_t id = -1;
@@ -77,7 +76,7 @@ void detectSize(std::int32_t& width, std::int32_t& height)
     std::uint32_t control = 0;
     vekRegReadLong(port.control, &control);
     vekRegWriteLong(port.control, control | kCaptureOn);
-    usleep(kMeasuringMicroseconds);
+    waitMicroseconds(kMeasuringMicroseconds);
     if (width == 0) {
         width = readSize(port.width);
     }

@@ -246,10 +246,8 @@ bool succeeded(int result)
 
 void readI2c(const I2cOperation& operation)
 {
-    const auto size = static_cast<std::size_t>(std::max(operation.count, 1));
-    const HeapPointer<std::uint8_t> bytes(static_cast<std::uint8_t*>(calloc(size, 1)));
+    const HeapPointer<std::uint8_t> bytes = allocateBytes(static_cast<std::size_t>(std::max(operation.count, 1)));
     if (bytes == nullptr) {
-        puts("Out of memory");
         return;
     }
     if (!succeeded(
