@@ -33,7 +33,7 @@ struct AuxRequest {
     std::array<std::uint8_t, kMaxAuxBytes> data{};  ///< What a write sends.
 };
 
-/// What came back on a request: the reply codes of VESA DisplayPort 1.2, section 2.7.1, or nothing.
+/// What came back on a request: the reply codes of VESA DisplayPort 1.2, section 2.7.1, nothing, or not even that.
 enum class AuxAnswer : std::uint8_t {
     kAck,
     kNack,
@@ -41,6 +41,7 @@ enum class AuxAnswer : std::uint8_t {
     kI2cNack,   ///< The AUX transaction went well, but the I2C device did not acknowledge.
     kI2cDefer,  ///< The AUX transaction went well, but the I2C transfer is not done.
     kNone,      ///< The reply time-out passed.
+    kFailed,    ///< The way to the channel failed: the request may have been sent or not.
 };
 
 /// The reply of a DisplayPort sink.

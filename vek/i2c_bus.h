@@ -1,7 +1,9 @@
 #ifndef VEK_I2C_BUS_H
 #define VEK_I2C_BUS_H
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace vek
 {
@@ -34,6 +36,32 @@ public:
 
     /// Sends a stop condition: the bus is free afterwards.
     virtual void stop() = 0;
+
+    /// Writes bytes up to the first one that is not acknowledged. Returns what became of the last one written.
+    virtual I2cStep writeAll(std::span<const std::uint8_t> bytes)
+    {
+        for (const std::uint8_t byte : bytes) {
+            const I2cStep step = write(byte);
+            if (step != I2cStep::kDone) {
+                return step;
+            }
+        }
+        return I2cStep::kDone;
+    }
+
+    /// Reads bytes and acknowledges all but the last. Returns the first step that is not done; the bytes from there on
+    /// have no meaning then.
+    virtual I2cStep readAll(std::span<std::uint8_t> bytes)
+    {
+        for (std::size_t index = 0; index < bytes.size(); ++index) {
+            const auto [step, value] = read(index + 1 < bytes.size());
+            if (step != I2cStep::kDone) {
+                return step;
+            }
+            bytes[index] = value;
+        }
+        return I2cStep::kDone;
+    }
 
 protected:
     ~I2cBus() = default;

@@ -8,6 +8,7 @@
 
 #include "path/driver_path.h"
 #include "path/mem_path.h"
+#include "path/serial_path.h"
 #include "vek.h"
 
 namespace vek
@@ -61,8 +62,9 @@ int vekRwOpen(int card)
     if (path == nullptr) {
         return VEK_NO_RESPONSE;
     }
-    vek::closeMemPath();
     vek::setOpenPath(path);
+    vek::closeMemPath();
+    vek::closeSerialPath();
     return VEK_OK;
 }
 
@@ -73,18 +75,26 @@ int vekMemOpen(uint64_t reg_start, uint64_t reg_size, uint64_t vram_start, uint6
         return result;
     }
     vek::setOpenPath(path);
+    vek::closeSerialPath();
     return vek::kOpened;
 }
 
-int vekSerialOpen(const char* /*path*/, int /*baud_rate*/)
+int vekSerialOpen(const char* path, int baud_rate)
 {
-    return VEK_NOT_AVAILABLE;
+    const auto [result, opened] = vek::openSerialPath(path, baud_rate);
+    if (result != VEK_OK) {
+        return result;
+    }
+    vek::setOpenPath(opened);
+    vek::closeMemPath();
+    return vek::kOpened;
 }
 
 int vekClose()
 {
-    vek::closeMemPath();
     vek::setOpenPath(nullptr);
+    vek::closeMemPath();
+    vek::closeSerialPath();
     return VEK_OK;
 }
 

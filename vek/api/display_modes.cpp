@@ -48,7 +48,7 @@ int vekCrtcOutputPrint()
         return found;
     }
     uint32_t routing = 0;
-    const int result = vek::readRouting(*vek::openPath->registers, routing);
+    const int result = vek::readRouting(*vek::openPath->registerRegion, routing);
     if (result == VEK_OK) {
         vek::printRouting(stdout, routing, vek::openPath->displays);
     }

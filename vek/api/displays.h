@@ -15,7 +15,7 @@ inline int findDisplays()
     if (openPath == nullptr) {
         return VEK_NO_PATH;
     }
-    return openPath->registers == nullptr || openPath->displays.controllers == 0 ? VEK_NOT_AVAILABLE : VEK_OK;
+    return openPath->registerRegion == nullptr || openPath->displays.controllers == 0 ? VEK_NOT_AVAILABLE : VEK_OK;
 }
 
 inline constinit HostPause displayPause;
@@ -23,7 +23,7 @@ inline constinit HostPause displayPause;
 /// The displays of the open path, when findDisplays() has found them.
 inline Displays openDisplays()
 {
-    return {.registers = *openPath->registers,
+    return {.registers = *openPath->registerRegion,
             .units = openPath->displays,
             .ddc = openPath->ddc,
             .aux = openPath->dpAux,

@@ -11,7 +11,7 @@ namespace vek
 namespace
 {
 
-constexpr std::uint64_t kMebibyte = 1024 * 1024;
+constexpr std::uint64_t kMebibyte = 0x10'0000;
 constexpr std::uint64_t kKibibyte = 1024;
 
 void printFreeNodes(std::FILE* out, const VideoMemory& memory)

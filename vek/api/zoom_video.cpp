@@ -15,7 +15,7 @@ namespace
 /// Finds the registers that a port of the open path's card lies in.
 FoundChannel<AddressSpace> findPort(int id)
 {
-    auto found = findSpace<&AccessPath::registers>();
+    auto found = findSpace<&AccessPath::registerRegion>();
     if (found.result == VEK_OK && (id < 0 || id >= zoom_video::kPorts)) {
         found.result = VEK_BAD_ARGUMENT;
     }

@@ -17,7 +17,7 @@ namespace vek
 namespace
 {
 
-constexpr std::uint64_t kMebibyte = 1024 * 1024;
+constexpr std::uint64_t kMebibyte = 0x10'0000;
 constexpr unsigned kTenths = 10;
 
 enum class Item : std::uint8_t {

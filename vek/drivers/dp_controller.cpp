@@ -121,9 +121,12 @@ int DpControllerDriver::sendStream(const VekDisplayMode& mode)
     if ((status & dp_controller::kStatusLinkUp) == 0) {
         return VEK_IO_ERROR;
     }
-    const std::uint64_t rate = registers_.read(dp_controller::kRate, dp_controller::kRegisterWidth).value;
-    const std::uint64_t lanes =
-        registers_.read(dp_controller::kLanes, dp_controller::kRegisterWidth).value & kLanesMask;
+    const auto [rateResult, rate] = registers_.read(dp_controller::kRate, dp_controller::kRegisterWidth);
+    const auto [lanesResult, laneSetting] = registers_.read(dp_controller::kLanes, dp_controller::kRegisterWidth);
+    if (rateResult != VEK_OK || lanesResult != VEK_OK) {
+        return rateResult != VEK_OK ? rateResult : lanesResult;
+    }
+    const std::uint64_t lanes = laneSetting & kLanesMask;
     const std::uint64_t symbolKhz = rate * kSymbolKhzPerUnit;
     const auto pixelKhz = static_cast<std::uint64_t>(std::max(mode.clock, 0));
     if (pixelKhz == 0 || pixelKhz * kBitsPerPixel > symbolKhz * kBitsPerSymbol * lanes || !horizontalOf(mode).fits() ||

@@ -32,7 +32,7 @@ struct CardInUse {
 namespace driver_buffers
 {
 
-constexpr std::uint64_t kMebibyte = 1024 * 1024;
+constexpr std::uint64_t kMebibyte = 0x10'0000;
 
 constexpr std::uint64_t kFirmware = 16 * kMebibyte;
 /// A ring of commands each for 3D, 2D, the video processor and DMA.

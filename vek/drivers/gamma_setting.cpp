@@ -164,7 +164,7 @@ const char* parseGammaSetting(std::string_view text, unsigned controllers, Gamma
 {
     GammaSetting parsed;
     const std::string_view id = takeWord(text);
-    if (id.empty()) {
+    if (id.empty() || !std::all_of(id.begin(), id.end(), isDigit)) {
         return "expected the number of a display controller";
     }
     if (!parseController(id, controllers, parsed.controller)) {

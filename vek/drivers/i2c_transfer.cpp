@@ -57,25 +57,19 @@ int I2cTransaction::reach(std::uint8_t device, I2cDirection direction)
 
 int I2cTransaction::send(std::span<const std::uint8_t> bytes)
 {
-    for (const std::uint8_t byte : bytes) {
-        const I2cStep step = bus_.write(byte);
-        if (step != I2cStep::kDone) {
-            return step == I2cStep::kNotAcknowledged ? VEK_NO_ACK_DATA : VEK_TIMED_OUT;
-        }
+    switch (bus_.writeAll(bytes)) {
+        case I2cStep::kDone:
+            return VEK_OK;
+        case I2cStep::kNotAcknowledged:
+            return VEK_NO_ACK_DATA;
+        default:
+            return VEK_TIMED_OUT;
     }
-    return VEK_OK;
 }
 
 int I2cTransaction::receive(std::span<std::uint8_t> bytes)
 {
-    for (std::size_t index = 0; index < bytes.size(); ++index) {
-        const auto [step, value] = bus_.read(index + 1 < bytes.size());
-        if (step != I2cStep::kDone) {
-            return VEK_TIMED_OUT;
-        }
-        bytes[index] = value;
-    }
-    return VEK_OK;
+    return bus_.readAll(bytes) == I2cStep::kDone ? VEK_OK : VEK_TIMED_OUT;
 }
 
 int readI2c(I2cBus& bus, std::uint32_t device, std::uint32_t subAddress, std::span<std::uint8_t> data)

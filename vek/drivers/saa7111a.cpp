@@ -14,7 +14,7 @@ namespace
 /// at AI11, automatic gain, automatic field detection, and the outputs on.
 constexpr auto kSetUp = std::to_array<std::uint8_t>({
     0xc0,  // analogue input control 1: mode 0
-    0x23,  // analogue input control 2: automatic gain, white peak control off in the vertical blanking
+    0x23,  // analogue input control 2: automatic gain, held during the vertical blanking
     0x00,  // analogue input control 3: static gain of channel 1
     0x00,  // analogue input control 4: static gain of channel 2
     0xeb,  // horizontal sync begin

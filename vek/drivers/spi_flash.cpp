@@ -97,12 +97,8 @@ int SpiFlash::readArray(std::uint32_t address, std::span<std::uint8_t> data)
 int SpiFlash::awaitReady(const Patience& patience)
 {
     return awaitReadiness(pause_, patience, [this]() -> Readiness {
-        constexpr std::uint8_t kIdleLine = 0xff;
         std::uint8_t status = 0;
         const int result = readStatus(status);
-        if (result == VEK_OK && status == kIdleLine) {
-            return {VEK_NO_RESPONSE, false};
-        }
         return {result, (status & spi_nor::kStatusBusy) == 0};
     });
 }
@@ -151,10 +147,15 @@ int SpiFlash::identify()
     std::uint32_t size = 0;
     int result = readId(answered, size);
     if (result == VEK_OK && !answered) {
-        // It may be at a write that another program began.
-        result = awaitReady(kErasePatience);
-        if (result == VEK_OK) {
-            result = readId(answered, size);
+        // It may be at a write that another program began, unless the line is idle.
+        constexpr std::uint8_t kIdleLine = 0xff;
+        std::uint8_t status = 0;
+        result = readStatus(status);
+        if (result == VEK_OK && status != kIdleLine) {
+            result = awaitReady(kErasePatience);
+            if (result == VEK_OK) {
+                result = readId(answered, size);
+            }
         }
     }
     if (result == VEK_OK && answered) {

@@ -27,8 +27,8 @@ enum class Opcode : std::uint8_t {
     kFastRead = 0x0b,        ///< Address, a dummy byte.
     kEraseSector = 0x20,     ///< Address of any byte inside, as the two below.
     kEraseHalfBlock = 0x52,  //
-    kReadSfdp = 0x5a,        ///< Address in the parameters, a dummy byte (JESD216).
-    kReadId = 0x9f,          ///< Manufacturer, memory type, capacity: the exponent of its size in bytes.
+    kReadSfdp = 0x5a,  ///< Address in the parameters, a dummy byte: JESD216, as later revisions of the part have it.
+    kReadId = 0x9f,    ///< Manufacturer, memory type, capacity: the exponent of its size in bytes.
     kEraseBlock = 0xd8,
 };
 

@@ -132,6 +132,7 @@ constexpr AccessPath pathTo(int index, const ChipFacts& chip, SimulatedCard& car
         .amba = &card.amba,
         .crtc = &card.crtc,
         .pciConfiguration = &card.pciConfiguration,
+        .registerRegion = &card.registers,
         .sensors = &card.sensors,
         .clocks = &card.clocks,
         .power = &card.power,

@@ -68,6 +68,7 @@ OpenedPath openMemPath(const PhysicalRange& registers, const PhysicalRange& vide
     }
     memPath.mode = VEK_ACCESS_MEM;
     memPath.registers = mappedRegisters.mapped() ? &mappedRegisters : nullptr;
+    memPath.registerRegion = memPath.registers;
     memPath.videoMemory = mappedVideoMemory.mapped() ? &mappedVideoMemory : nullptr;
     return {VEK_OK, &memPath};
 }
