@@ -352,8 +352,7 @@ TEST_F(TerminalStop, InBurstsRestoresTheSettings)
         console_.signal(SIGTSTP);
         console_.signal(SIGCONT);
     }
-    console_.signal(SIGCONT);
-    ASSERT_TRUE(console_.send("quit\r"));
+    ASSERT_TRUE(console_.sendContinuing("quit\r"));
     std::optional<ProcessEvent> event = console_.waitForEvent();
     while (event.has_value() && !event->exitedWith(0)) {
         console_.signal(SIGCONT);

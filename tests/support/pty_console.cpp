@@ -178,11 +178,17 @@ PtyConsole::~PtyConsole()
 
 bool PtyConsole::waitForRawMode()
 {
+    return pollForRawMode([] {});
+}
+
+bool PtyConsole::pollForRawMode(const std::function<void()>& meanwhile)
+{
     const Deadline deadline = Clock::now() + kTimeout;
     while ((settings().c_lflag & (ICANON | ECHO)) != 0) {
         if (Clock::now() > deadline) {
             return false;
         }
+        meanwhile();
         // A change of the settings cannot be waited for.
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
@@ -192,6 +198,11 @@ bool PtyConsole::waitForRawMode()
 bool PtyConsole::send(std::string_view keys)
 {
     return waitForRawMode() && type(keys);
+}
+
+bool PtyConsole::sendContinuing(std::string_view keys)
+{
+    return pollForRawMode([this] { signal(SIGCONT); }) && type(keys);
 }
 
 bool PtyConsole::sendToCommand(std::string_view keys)

@@ -68,6 +68,9 @@ public:
     /** Waits for raw mode, then types keys. @return false when the time is over */
     bool send(std::string_view keys);
 
+    /** As send(), with a program that may be stopped, or about to be: it is continued again and again meanwhile. */
+    bool sendContinuing(std::string_view keys);
+
     /** Types keys while a command runs, which has the terminal as it was before. @return false when the terminal was in
         raw mode instead, or could not be written to */
     bool sendToCommand(std::string_view keys);
@@ -105,6 +108,7 @@ public:
 private:
     using Deadline = std::chrono::steady_clock::time_point;
 
+    bool pollForRawMode(const std::function<void()>& meanwhile);
     bool type(std::string_view keys);
     std::string readUntil(const std::function<std::size_t()>& available);
     bool receive(Deadline deadline);
