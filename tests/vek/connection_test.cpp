@@ -77,6 +77,10 @@ TEST_F(Connection, ReportsTheChipUnlessAnIdIsSet)
     EXPECT_EQ(get_device_id(), 0x201U);
     ASSERT_GE(vekRwOpen(1), 0);
     EXPECT_EQ(get_device_id(), 0x202U);
+    ASSERT_EQ(vekSetCard(0), VEK_OK);
+    EXPECT_EQ(get_device_id(), 0x201U) << "it follows the selected card";
+    ASSERT_EQ(vekSetCard(1), VEK_OK);
+    EXPECT_EQ(get_device_id(), 0x202U);
     error.take();
 
     const struct {
@@ -105,6 +109,9 @@ TEST_F(Connection, ReportsTheChipUnlessAnIdIsSet)
 
     vekRwOpen(0);
     EXPECT_EQ(get_device_id(), 0x202U) << "the set id wins over the chip";
+    EXPECT_EQ(vekSetCard(1), VEK_OK);
+    EXPECT_EQ(vekSetCard(0), VEK_OK);
+    EXPECT_EQ(get_device_id(), 0x202U) << "and over that of a selected card";
     vekClose();
     EXPECT_EQ(get_device_id(), 0x202U) << "and outlives the connection";
 }
