@@ -10,6 +10,7 @@
 #include "tovira_parse/handlers.h"
 #include "tovira_parse/heap.h"
 #include "tovira_parse/hex_dump.h"
+#include "tovira_parse/sub_commands.h"
 #include "tovira_parse/text.h"
 #include "util_cmd.h"
 #include "vek.h"
@@ -25,26 +26,11 @@ struct DpCommand {
     std::int32_t channel;
 };
 
-struct Keyword {
-    std::string_view name;
-    int (*run)(DpCommand& command);
-};
-
-int runKeyword(DpCommand& command, std::string_view name, const auto& keywords, int otherwise)
-{
-    for (const Keyword& keyword : keywords) {
-        if (keyword.name == name) {
-            return keyword.run(command);
-        }
-    }
-    return otherwise;
-}
-
 // Runs the operation that the next argument names. One that does not exist does nothing.
 int runOperation(DpCommand& command, const auto& operations)
 {
     const char* const operation = command.arguments.keyword();
-    return operation == nullptr ? kStatusBadArgument : runKeyword(command, operation, operations, kStatusDone);
+    return operation == nullptr ? kStatusBadArgument : runSubCommand(operations, operation, command, kStatusDone);
 }
 
 // Both block reads and all single accesses fail with these, whichever of the sink's or the controller's parts they
@@ -117,7 +103,8 @@ int writeAuxByte(DpCommand& command)
 
 int runAux(DpCommand& command)
 {
-    static constexpr Keyword kOperations[] = {{"R", readAuxByte}, {"RS", readAuxBlock}, {"W", writeAuxByte}};
+    static constexpr SubCommand<DpCommand> kOperations[] = {
+        {"R", readAuxByte}, {"RS", readAuxBlock}, {"W", writeAuxByte}};
     return runOperation(command, kOperations);
 }
 
@@ -146,7 +133,7 @@ int readI2cBlock(DpCommand& command)
 
 int runI2c(DpCommand& command)
 {
-    static constexpr Keyword kOperations[] = {{"R", readI2cByte}, {"RS", readI2cBlock}};
+    static constexpr SubCommand<DpCommand> kOperations[] = {{"R", readI2cByte}, {"RS", readI2cBlock}};
     return runOperation(command, kOperations);
 }
 
@@ -222,7 +209,7 @@ int writeRegister(DpCommand& command)
 template <const auto& File, typename Item>
 int runRegisterFile(DpCommand& command)
 {
-    static constexpr Keyword kOperations[] = {
+    static constexpr SubCommand<DpCommand> kOperations[] = {
         {"R", readRegister<File, Item>}, {"RS", readRegisterRun<File, Item>}, {"W", writeRegister<File, Item>}};
     return runOperation(command, kOperations);
 }
@@ -282,7 +269,7 @@ int runMode(DpCommand& command)
     return kStatusDone;
 }
 
-constexpr Keyword kSubCommands[] = {
+constexpr SubCommand<DpCommand> kSubCommands[] = {
     {"INIT", runInit},
     {"TRAIN", runTrain},
     {"CONFIG", runConfig},
@@ -296,15 +283,28 @@ constexpr Keyword kSubCommands[] = {
 };
 
 // Hands the number that has to follow to one of the backlight's settings.
-int setBacklight(Tokens& arguments, int (*set)(int value))
+template <int (*Set)(int)>
+int setBacklight(Tokens& arguments)
 {
     std::uint32_t value = 0;
     if (!arguments.number(value)) {
         return kStatusBadArgument;
     }
-    set(static_cast<std::int32_t>(value));
+    Set(static_cast<std::int32_t>(value));
     return kStatusDone;
 }
+
+int enableBacklight(Tokens& /*arguments*/)
+{
+    vekEdpEnablePwm();
+    return kStatusDone;
+}
+
+constexpr SubCommand<Tokens> kBacklightSubCommands[] = {
+    {"PWM", setBacklight<vekEdpPwmSet>},
+    {"LIGHT", setBacklight<vekEdpLightSet>},
+    {"PWMEN", enableBacklight},
+};
 
 }  // namespace
 
@@ -319,7 +319,7 @@ int doDp(char* cmdText, int /*repeat*/)
     command.channel = static_cast<std::int32_t>(channel);
     const char* const subCommand = command.arguments.keyword();
     return subCommand == nullptr ? kStatusBadArgument
-                                 : runKeyword(command, subCommand, kSubCommands, kStatusBadArgument);
+                                 : runSubCommand(kSubCommands, subCommand, command, kStatusBadArgument);
 }
 
 int doEdp(char* cmdText, int /*repeat*/)
@@ -327,19 +327,6 @@ int doEdp(char* cmdText, int /*repeat*/)
     Tokens arguments{cmdText};
     arguments.word();
     const char* const subCommand = arguments.keyword();
-    if (subCommand == nullptr) {
-        return kStatusBadArgument;
-    }
-    const std::string_view keyword = subCommand;
-    if (keyword == "PWM") {
-        return setBacklight(arguments, vekEdpPwmSet);
-    }
-    if (keyword == "LIGHT") {
-        return setBacklight(arguments, vekEdpLightSet);
-    }
-    if (keyword == "PWMEN") {
-        vekEdpEnablePwm();
-        return kStatusDone;
-    }
-    return kStatusBadArgument;
+    return subCommand == nullptr ? kStatusBadArgument
+                                 : runSubCommand(kBacklightSubCommands, subCommand, arguments, kStatusBadArgument);
 }

@@ -9,6 +9,7 @@
 #include "tovira_parse/display/display_output.h"
 #include "tovira_parse/files.h"
 #include "tovira_parse/handlers.h"
+#include "tovira_parse/sub_commands.h"
 #include "tovira_parse/text.h"
 #include "util_cmd.h"
 #include "vek.h"
@@ -96,6 +97,13 @@ int readBlock(Tokens& arguments)
     return kStatusDone;
 }
 
+constexpr SubCommand<Tokens> kSubCommands[] = {
+    {"SET", setTarget},
+    {"RB", readOneByte},
+    {"WB", writeOneByte},
+    {"RBS", readBlock},
+};
+
 }  // namespace
 
 int doI2c(char* cmdText, int /*repeat*/)
@@ -103,21 +111,6 @@ int doI2c(char* cmdText, int /*repeat*/)
     Tokens tokens{cmdText};
     tokens.word();
     const char* const subCommand = tokens.keyword();
-    if (subCommand == nullptr) {
-        return kStatusBadArgument;
-    }
-    const std::string_view keyword = subCommand;
-    if (keyword == "SET") {
-        return setTarget(tokens);
-    }
-    if (keyword == "RB") {
-        return readOneByte(tokens);
-    }
-    if (keyword == "WB") {
-        return writeOneByte(tokens);
-    }
-    if (keyword == "RBS") {
-        return readBlock(tokens);
-    }
-    return kStatusBadArgument;
+    return subCommand == nullptr ? kStatusBadArgument
+                                 : runSubCommand(kSubCommands, subCommand, tokens, kStatusBadArgument);
 }

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "tovira_parse/handlers.h"
+#include "tovira_parse/sub_commands.h"
 #include "tovira_parse/text.h"
 #include "tovira_parse/wait.h"
 #include "util_cmd.h"
@@ -169,7 +170,11 @@ int readAuxBlock(Tokens& arguments)
 }
 
 // Both channels write alike and differ in what they print.
-int writeByte(Tokens& arguments, const char* report)
+constexpr char kAuxWrite[] = "aux write";
+constexpr char kI2cWrite[] = "aux i2c write";
+
+template <const char* Report>
+int writeByte(Tokens& arguments)
 {
     std::uint32_t address = 0;
     std::uint32_t value = 0;
@@ -181,7 +186,7 @@ int writeByte(Tokens& arguments, const char* report)
     ringAndWait();
     const std::uint8_t written = readByte(kFirstDataByte);
     release();
-    printf("%s [%x] with %02x done\n", report, address, written);
+    printf("%s [%x] with %02x done\n", Report, address, written);
     return kStatusDone;
 }
 
@@ -255,30 +260,18 @@ int readI2cBlock(Tokens& arguments)
     return kStatusDone;
 }
 
-int runAux(Tokens& arguments, std::string_view operation)
-{
-    if (operation == "R") {
-        return readAuxByte(arguments);
-    }
-    if (operation == "RS") {
-        return readAuxBlock(arguments);
-    }
-    if (operation == "W") {
-        return writeByte(arguments, "aux write");
-    }
-    return operation == "WS" ? writeAuxBlock(arguments) : kStatusBadArgument;
-}
+constexpr SubCommand<Tokens> kAuxOperations[] = {
+    {"R", readAuxByte},
+    {"RS", readAuxBlock},
+    {"W", writeByte<kAuxWrite>},
+    {"WS", writeAuxBlock},
+};
 
-int runI2c(Tokens& arguments, std::string_view operation)
-{
-    if (operation == "R") {
-        return readI2cByte(arguments);
-    }
-    if (operation == "RS") {
-        return readI2cBlock(arguments);
-    }
-    return operation == "W" ? writeByte(arguments, "aux i2c write") : kStatusBadArgument;
-}
+constexpr SubCommand<Tokens> kI2cOperations[] = {
+    {"R", readI2cByte},
+    {"RS", readI2cBlock},
+    {"W", writeByte<kI2cWrite>},
+};
 
 }  // namespace
 
@@ -298,5 +291,6 @@ int doMcu(char* cmdText, int /*repeat*/)
     if (operation == nullptr) {
         return kStatusBadArgument;
     }
-    return channel == "AUX" ? runAux(tokens, operation) : runI2c(tokens, operation);
+    return channel == "AUX" ? runSubCommand(kAuxOperations, operation, tokens, kStatusBadArgument)
+                            : runSubCommand(kI2cOperations, operation, tokens, kStatusBadArgument);
 }

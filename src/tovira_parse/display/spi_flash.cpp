@@ -11,6 +11,7 @@
 #include "tovira_parse/handlers.h"
 #include "tovira_parse/heap.h"
 #include "tovira_parse/hex_dump.h"
+#include "tovira_parse/sub_commands.h"
 #include "tovira_parse/text.h"
 #include "util_cmd.h"
 #include "vek.h"
@@ -102,6 +103,23 @@ int programFlash(Tokens& arguments)
     return kStatusDone;
 }
 
+int protectFlash(Tokens& /*arguments*/)
+{
+    vekSpiProtect();
+    return kStatusDone;
+}
+
+int unprotectFlash(Tokens& /*arguments*/)
+{
+    vekSpiUnprotect();
+    return kStatusDone;
+}
+
+constexpr SubCommand<Tokens> kSubCommands[] = {
+    {"READ", readFlash},    {"ERASE", eraseFlash},      {"PROGRAM", programFlash},
+    {"PROT", protectFlash}, {"UNPROT", unprotectFlash},
+};
+
 }  // namespace
 
 int doSpi(char* cmdText, int /*repeat*/)
@@ -109,26 +127,6 @@ int doSpi(char* cmdText, int /*repeat*/)
     Tokens tokens{cmdText};
     tokens.word();
     const char* const subCommand = tokens.keyword();
-    if (subCommand == nullptr) {
-        return kStatusBadArgument;
-    }
-    const std::string_view keyword = subCommand;
-    if (keyword == "READ") {
-        return readFlash(tokens);
-    }
-    if (keyword == "ERASE") {
-        return eraseFlash(tokens);
-    }
-    if (keyword == "PROGRAM") {
-        return programFlash(tokens);
-    }
-    if (keyword == "PROT") {
-        vekSpiProtect();
-        return kStatusDone;
-    }
-    if (keyword == "UNPROT") {
-        vekSpiUnprotect();
-        return kStatusDone;
-    }
-    return kStatusBadArgument;
+    return subCommand == nullptr ? kStatusBadArgument
+                                 : runSubCommand(kSubCommands, subCommand, tokens, kStatusBadArgument);
 }

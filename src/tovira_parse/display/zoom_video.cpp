@@ -7,6 +7,7 @@
 
 #include "tovira_parse/handlers.h"
 #include "tovira_parse/numbers.h"
+#include "tovira_parse/sub_commands.h"
 #include "tovira_parse/text.h"
 #include "tovira_parse/wait.h"
 #include "util_cmd.h"
@@ -42,18 +43,16 @@ void takeNumbers(Tokens& arguments, std::span<std::int32_t* const> numbers)
     }
 }
 
-// Remembers the port when one is named. False when there is none to work on.
-bool takePort(Tokens& arguments)
+// Runs a sub-command on the port that is named, and from then on remembered, or on the one remembered.
+template <int (*Run)(Tokens& arguments)>
+int onPort(Tokens& arguments)
 {
     takeNumbers(arguments, {{&id}});
-    return id >= 0;
+    return id >= 0 ? Run(arguments) : kStatusBadArgument;
 }
 
 int initPort(Tokens& arguments)
 {
-    if (!takePort(arguments)) {
-        return kStatusBadArgument;
-    }
     std::int32_t i2cChannel = 0;
     std::int32_t i2cSa = 0;
     std::int32_t layer = 0;
@@ -87,9 +86,6 @@ void detectSize(std::int32_t& width, std::int32_t& height)
 
 int startPort(Tokens& arguments)
 {
-    if (!takePort(arguments)) {
-        return kStatusBadArgument;
-    }
     std::int32_t w = 0;
     std::int32_t h = 0;
     std::int32_t x = 0;
@@ -109,29 +105,20 @@ int startPort(Tokens& arguments)
     return kStatusDone;
 }
 
-int stopPort(Tokens& arguments)
+int stopPort(Tokens& /*arguments*/)
 {
-    if (!takePort(arguments)) {
-        return kStatusBadArgument;
-    }
     vekZoomVideoStop(id);
     return kStatusDone;
 }
 
-int restartPort(Tokens& arguments)
+int restartPort(Tokens& /*arguments*/)
 {
-    if (!takePort(arguments)) {
-        return kStatusBadArgument;
-    }
     vekZoomVideoRestart(id);
     return kStatusDone;
 }
 
-int showPort(Tokens& arguments)
+int showPort(Tokens& /*arguments*/)
 {
-    if (!takePort(arguments)) {
-        return kStatusBadArgument;
-    }
     std::int32_t x = 0;
     std::int32_t y = 0;
     std::int32_t w = 0;
@@ -148,6 +135,11 @@ int showPort(Tokens& arguments)
     return kStatusDone;
 }
 
+constexpr SubCommand<Tokens> kSubCommands[] = {
+    {"INIT", onPort<initPort>},       {"START", onPort<startPort>}, {"STOP", onPort<stopPort>},
+    {"RESTART", onPort<restartPort>}, {"INFO", onPort<showPort>},
+};
+
 }  // namespace
 
 int doZV(char* cmdText, int /*repeat*/)
@@ -155,22 +147,11 @@ int doZV(char* cmdText, int /*repeat*/)
     Tokens tokens{cmdText};
     tokens.word();
     const char* const subCommand = tokens.keyword();
-    const std::string_view keyword = subCommand == nullptr ? "" : subCommand;
-    if (keyword == "INIT") {
-        return initPort(tokens);
+    constexpr int kUnknown = 1;
+    const int status = runSubCommand(kSubCommands, subCommand == nullptr ? "" : subCommand, tokens, kUnknown);
+    if (status == kUnknown) {
+        puts("Invalid zoom video command. Use help or ? [zc] for command info");
+        return kStatusBadArgument;
     }
-    if (keyword == "START") {
-        return startPort(tokens);
-    }
-    if (keyword == "STOP") {
-        return stopPort(tokens);
-    }
-    if (keyword == "RESTART") {
-        return restartPort(tokens);
-    }
-    if (keyword == "INFO") {
-        return showPort(tokens);
-    }
-    puts("Invalid zoom video command. Use help or ? [zc] for command info");
-    return kStatusBadArgument;
+    return status;
 }
