@@ -2,10 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
 #include <sstream>
-
-#include "tovira_parse/command_table.h"
 
 namespace console_test
 {
@@ -516,12 +513,6 @@ static_assert(kLanguage.size() == 102);
 
 constexpr std::array<std::string_view, 4> kHiddenNames = {"query", "spi", "vlot", "clk"};
 
-bool isInTable(const ExpectedCommand& command)
-{
-    return std::any_of(g_util_cmd.begin(), g_util_cmd.end(),
-                       [&command](const UtilCmd& row) { return row.name == command.name; });
-}
-
 }  // namespace
 
 std::vector<std::string> ExpectedCommand::aliases() const
@@ -541,9 +532,7 @@ bool ExpectedCommand::hidden() const
 
 std::vector<ExpectedCommand> expectedCommands()
 {
-    std::vector<ExpectedCommand> commands;
-    std::copy_if(kLanguage.begin(), kLanguage.end(), std::back_inserter(commands), isInTable);
-    return commands;
+    return {kLanguage.begin(), kLanguage.end()};
 }
 
 std::string expectedHelpList()

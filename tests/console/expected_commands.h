@@ -26,7 +26,7 @@ struct ExpectedCommand {
     bool hidden() const;
 };
 
-/** The rows of the whole language that the console's table holds, in the order that they have to stand in. */
+/** The rows of the whole language, in the order that they have to stand in. */
 std::vector<ExpectedCommand> expectedCommands();
 
 /** What `help` prints. */
