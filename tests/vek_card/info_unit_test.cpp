@@ -35,8 +35,9 @@ protected:
 
     std::vector<unsigned> loads()
     {
+        const ChipInformation read = information();
         std::vector<unsigned> all;
-        for (const vek::CoreLoad& core : information().byCore()) {
+        for (const vek::CoreLoad& core : read.byCore()) {
             all.push_back(core.permille);
         }
         return all;
