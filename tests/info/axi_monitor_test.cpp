@@ -344,15 +344,14 @@ std::string nameAtEnd;
 
 void* collect(void* folderName)
 {
-    int previous = 0;
-    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &previous);
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
     const char* const name = static_cast<const char*>(folderName);
     nameAtStart = name;
     started.release();
     released.acquire();
     nameAtEnd = name;
     ended.release();
-    pthread_setcancelstate(previous, nullptr);
+    pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr);
     pthread_testcancel();
     return nullptr;
 }
