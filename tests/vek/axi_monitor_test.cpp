@@ -263,6 +263,21 @@ TEST_F(AxiCollector, WritesTheHeadingAloneWithoutTheTimer)
     EXPECT_EQ(text("idle/axiMonitorData"), kHeader);
 }
 
+TEST_F(AxiCollector, WritesEachSpanOnceAndNoneAfterAClear)
+{
+    startTimer(1'000'000);
+    Collector collector("once");
+    ASSERT_TRUE(eventually([&] { return collectedLines("once/axiMonitorData") >= 12; }));
+    setReg(kQz202, 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(250));
+    const std::size_t lines = collectedLines("once/axiMonitorData");
+    std::this_thread::sleep_for(std::chrono::milliseconds(250));
+    EXPECT_EQ(collectedLines("once/axiMonitorData"), lines);
+    setReg(kQz202, 2);
+    std::this_thread::sleep_for(std::chrono::milliseconds(250));
+    EXPECT_EQ(collectedLines("once/axiMonitorData"), lines);
+}
+
 TEST_F(AxiCollector, StaysWithItsCardWhateverIsOpen)
 {
     startTimer(1'000'000);

@@ -216,6 +216,17 @@ TEST_F(FreeRunning, FollowsTheClocksFromTheMomentThatTheyChange)
     EXPECT_EQ(sample().counts[3].reads, after.counts[3].reads);
 }
 
+TEST_F(FreeRunning, TakesNothingOverFromAClockThatWasFaster)
+{
+    write(kControl, kStart);
+    clock.advanceNanoseconds(31);
+    EXPECT_EQ(sample().counts[3].reads, 0U);
+    ASSERT_EQ(vek::ClockDriver(clocks()).setMode(VEK_CLOCK_BYPASS, VEK_CLOCK_SOURCE_DEVPLL), VEK_OK);
+    clock.advanceMilliseconds(1);
+    // 2D has 150 million busy cycles of work a second and reads in every 8th of them.
+    EXPECT_EQ(sample().counts[3].reads, 150'000U / 8);
+}
+
 TEST_F(FreeRunning, HasNoTimer)
 {
     write(kCycle, 1000);

@@ -44,7 +44,7 @@ int DriverCore::findFrameBuffers(const Displays& displays, Sizes& sizes)
 {
     std::uint32_t routing = 0;
     const int result = readRouting(displays.registers, routing);
-    if (result != VEK_OK || (modesSet_ && routing == routing_)) {
+    if (result != VEK_OK || routing == routing_) {
         return result;
     }
     for (std::size_t controller = 0; controller < kControllers; ++controller) {
@@ -53,7 +53,6 @@ int DriverCore::findFrameBuffers(const Displays& displays, Sizes& sizes)
         sizes[controller] = lit ? frameBufferSize(mode) : 0;
     }
     routing_ = routing;
-    modesSet_ = true;
     return VEK_OK;
 }
 

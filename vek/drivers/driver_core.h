@@ -95,8 +95,7 @@ private:
     VideoMemory memory_;
     Sizes sizes_{};
     std::array<std::uint64_t, kBuffers> addresses_{};
-    std::uint32_t routing_ = 0;
-    bool modesSet_ = false;
+    std::uint32_t routing_ = 0;  ///< Of the present frame buffers; 0 feeds no display.
 };
 
 }  // namespace vek
