@@ -147,9 +147,21 @@ int vekRwOpen(int card);
     then. */
 int vekMemOpen(uint64_t reg_start, uint64_t reg_size, uint64_t vram_start, uint64_t vram_size);
 
-/** Opens a serial line to the board, 8N1, and closes what was open.
+/** Opens a serial line to the board, 8N1, greets the board (docs/serial-protocol.md), and closes what was open. The
+    line is locked (flock() and TIOCEXCL) while it is open, and gets its settings back when it is closed.
+    On this path the register functions and the video memory functions take addresses of the AMBA bus: the register
+    region lies at 0x01000000, the first GiB of video memory at 0x40000000. Kernel memory, PCI configuration space and
+    all that the kernel driver does answer VEK_NOT_AVAILABLE; what the board does not serve does, too.
+    Beside its own results every function may answer VEK_TIMED_OUT when the board does not, VEK_IO_ERROR when the line
+    is gone or the board has been restarted, or VEK_BAD_DATA when the board's answer makes no sense; whether a write has
+    taken effect is not known then. A request is carried out at most once, however often the line makes the library
+    send it. After three time-outs in a row, functions answer VEK_TIMED_OUT at once and the library looks for the board
+    once a second. A run of longs that fails has moved the longs before the failure.
     @param path device node, "/dev/ttyUSB0"
-    @param baud_rate 9600, 19200, 38400, 115200 or 460800; VEK_BAD_ARGUMENT for any other */
+    @param baud_rate 9600, 19200, 38400, 115200 or 460800
+    @return above 0 when open; VEK_BAD_ARGUMENT for another rate or a null path, VEK_IO_ERROR when the device cannot be
+    opened, is no terminal or is in use, VEK_TIMED_OUT when no board answers, VEK_BAD_DATA when what answers is none or
+    speaks another version of the protocol; what was open stays open then. */
 int vekSerialOpen(const char* path, int baud_rate);
 
 /** Closes whatever connection is open; 0 too when none is. */

@@ -46,11 +46,18 @@ TEST_F(Connection, RefusesAbsentCardsAndKeepsTheOpenOne)
     EXPECT_EQ(get_s_type(), VEK_ACCESS_DRIVER);
 }
 
-TEST_F(Connection, DoesNotPretendToHaveASerialLine)
+TEST_F(Connection, OpensNoSerialLineWhereThereIsNone)
 {
-    EXPECT_EQ(vekSerialOpen("/dev/null", 9600), VEK_NOT_AVAILABLE);
-    EXPECT_EQ(vekSerialOpen(nullptr, 0), VEK_NOT_AVAILABLE);
+    EXPECT_EQ(vekSerialOpen("/dev/null", 9600), VEK_IO_ERROR);
+    EXPECT_EQ(vekSerialOpen("/nowhere", 9600), VEK_IO_ERROR);
+    for (const int rate : {0, -1, 1200, 9601, 57600, 921600}) {
+        EXPECT_EQ(vekSerialOpen("/nowhere", rate), VEK_BAD_ARGUMENT) << rate;
+    }
+    EXPECT_EQ(vekSerialOpen(nullptr, 9600), VEK_BAD_ARGUMENT);
     EXPECT_EQ(get_s_type(), VEK_NO_PATH);
+    ASSERT_GE(vekRwOpen(1), 0);
+    EXPECT_LT(vekSerialOpen("/dev/null", 9600), 0);
+    EXPECT_EQ(vekGetCard(), 1) << "what was open stays open";
 }
 
 TEST_F(Connection, KeepsEachCardsStateOverACloseAndApartFromTheOther)

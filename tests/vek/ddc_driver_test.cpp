@@ -227,6 +227,7 @@ private:
                           .amba = nullptr,
                           .crtc = nullptr,
                           .pciConfiguration = nullptr,
+                          .registerRegion = &registers_,
                           .i2c = {},
                           .ddc = {&display_},
                           .hdmiPhys = {&phy_},

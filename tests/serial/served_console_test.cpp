@@ -1,0 +1,173 @@
+// The finished console over a serial line: the same output as on the driver's path, whatever the family of commands.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <thread>
+
+#include "board_process.h"
+#include "child_process.h"
+
+namespace serial_test
+{
+namespace
+{
+
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+constexpr const char* kBadArgument = "Invalid argument. Use help or ? for command info\n";
+constexpr const char* kModeRefused = "device error:the cmd does not support the visit mode\n";
+
+/** What the console prints behind its start-up line, which has to be this one. */
+std::string outputOf(const std::vector<std::string>& options, const std::string& commands, const std::string& startLine)
+{
+    std::vector<std::string> arguments = {TOVIRA_UTIL_TOOL};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    arguments.insert(arguments.end(), {"--cmd", commands});
+    const child_process::Result result =
+        child_process::run({.arguments = arguments, .folder = std::filesystem::temp_directory_path().string()});
+    EXPECT_EQ(result.exitStatus, 0) << result.error;
+    EXPECT_THAT(result.output, StartsWith(startLine));
+    return result.output.substr(std::min(result.output.size(), startLine.size()));
+}
+
+std::string onSerialLine(const BoardProcess& board, const std::string& commands, const char* chip = "QZ201")
+{
+    return outputOf({"--tty", board.ttyOption()}, commands,
+                    std::string("enter command line with serial port for ") + chip + "!\n");
+}
+
+std::string onDriver(const std::string& card, const std::string& commands, const char* chip)
+{
+    return outputOf({"--card", card}, commands, std::string("enter command line with /dev/vekrw for ") + chip + "!\n");
+}
+
+/** Commands of one family. */
+struct Family {
+    const char* name;
+    const char* commands;
+};
+
+void PrintTo(const Family& family, std::ostream* stream)
+{
+    *stream << family.name;
+}
+
+class ServedConsole : public testing::TestWithParam<Family>
+{
+};
+
+TEST_P(ServedConsole, PrintsWhatItPrintsOnTheDriversPath)
+{
+    const struct {
+        const char* card;
+        const char* chip;
+    } cards[] = {{"0", "QZ201"}, {"1", "QZ202"}};
+    for (const auto& [card, chip] : cards) {
+        BoardProcess board({"--card", card});
+        EXPECT_EQ(onSerialLine(board, GetParam().commands, chip), onDriver(card, GetParam().commands, chip)) << chip;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Families, ServedConsole,
+    testing::Values(
+        Family{"Amba",
+               "arl 1000000;awl 1000700 1234;arls 1000700 8;arq 40000000;arb 0;awbs 20000000 40 a5;arbs 20000000 50;"
+               "awq 20000008 1122334455667788;arqs 20000000 4;arws 1000700 3"},
+        Family{"Crtc", "crb 3;cwb 3 7;crb 3;crbs 0 20"},
+        Family{
+            "I2c",
+            "i2c set 0 50;i2c rb 0;i2c rbs 0 20;i2c wb 40 11;i2c rbs 40 4;i2c set 0 51;i2c rb 0;i2c set 7 50;i2c rb 0"},
+        Family{"Hdmi",
+               "hdmi 0 edid r;hdmi 0 hpd r;hdmi 0 mode;hdmi 0 phy r 1;hdmi 0 phy w 1 1234;hdmi 0 phy rs 0 8;"
+               "hdmi 0 phy st;hdmi 0 phy en;hdmi 0 ddc i;hdmi 0 ddc r 50 0;hdmi 1 hpd r;hdmi 1 edid r"},
+        Family{"DisplayPort",
+               "dp 0 init;dp 0 mode;dp 0 aux r 0;dp 0 aux w 100 a;dp 0 aux rs 100 8;dp 0 ddc;dp 0 phy rs 0 4;"
+               "dp 0 cdb rs 0 4;dp 0 st 1;dp 0 i2c rs 0 10;dp 1 mode;dp 1 aux r 0"},
+        Family{"Edp", "edp pwm 1000;edp light 32;edp pwmen"},
+        Family{"DisplayModes",
+               "crtc output;crtc 0 mode;crtc 1 mode;crtc 3 mode;vga 0 mode;vga 0 r 20;vga 0 c 10 20 30;"
+               "dvo 0 mode;crtc gamma 0 ga 1.0:1.0:1.0 br 0.5 ct 6500;crtc gamma 1 br 2"},
+        Family{"Spi", "spi read 0 40;spi erase 0 1000;spi read 0 20;spi prot;spi erase 0 1000;spi unprot"},
+        Family{"Sensors", "temp 1;volt 2;process"},
+        Family{"PowerMonitors",
+               "ltc2990 1 0 7;ltc2990 1 0 6 3 3;ltc2991 1 0 0;ltc2991 1 0 1 5 5 5 5;ina3221 1 5 5;ltc2990 3 3 7"},
+        Family{"FanAndFunctions", "fan 20;fan auto;thermal 50000;thermal q;func;func texture on;func"},
+        Family{"Clocks", "clk;clk 3d 500;clk;clk pll;clk bypass 1;clk on 1;clk"},
+        Family{"Monitor", "monitor f;monitor c;monitor x"}, Family{"Script", "run /not/there"}));
+
+TEST(ServedConsoleModes, TakesAmbaAddressesForRegistersAndVideoMemory)
+{
+    BoardProcess board;
+    EXPECT_EQ(onSerialLine(board, "rwl 1000700 1234abcd;rrl 1000700;arl 1000700;rrl 700"),
+              "01000700: 1234abcd\n01000700: 1234abcd\n00000700: ffffffff\n");
+    EXPECT_EQ(onSerialLine(board, "vwl 40000000 55aa;vrl 40000000;arl 40000000"),
+              "40000000: 000055aa\n40000000: 000055aa\n");
+}
+
+TEST(ServedConsoleModes, RefusesWhatOnlyTheDriverDoes)
+{
+    BoardProcess board;
+    for (const char* command : {"pci 0", "ver", "info", "power", "dump", "ddc 0"}) {
+        EXPECT_EQ(onSerialLine(board, command), kModeRefused) << command;
+    }
+}
+
+TEST(ServedConsoleModes, AnswersCardAndQueryWithoutADriver)
+{
+    BoardProcess board;
+    EXPECT_EQ(onSerialLine(board, "query"), kBadArgument);
+    EXPECT_EQ(onSerialLine(board, "card"), "current card index: 0\n");
+    EXPECT_EQ(onSerialLine(board, "card 1"),
+              "card index 1 is out of range [0, 0). current card index: 0\n" + std::string(kBadArgument));
+}
+
+// The board is killed while the flash is read, which takes several times as long.
+TEST(ServedConsoleModes, ReportsABoardThatIsKilledAndGoesOn)
+{
+    BoardProcess board;
+    std::string commands;
+    for (int i = 0; i < 12; ++i) {
+        commands += "spi read 0 200000;";
+    }
+    const auto start = std::chrono::steady_clock::now();
+    std::thread killer([&board] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(150));
+        board.signal(SIGKILL);
+    });
+    const std::string output = onSerialLine(board, "i2c set 0 50;i2c rb 0;" + commands + "i2c rb 0;temp");
+    killer.join();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+    EXPECT_THAT(output, HasSubstr("I2C error: "));
+    EXPECT_THAT(output, HasSubstr("failed")) << "and the sensor cannot be read";
+}
+
+TEST(ServedConsoleModes, IsRefusedALineThatAnotherOneUses)
+{
+    BoardProcess board;
+    BoardProcess silent;
+    silent.signal(SIGSTOP);
+    const child_process::Result unanswered =
+        child_process::run({.arguments = {TOVIRA_UTIL_TOOL, "--tty", silent.ttyOption(), "--cmd", "arl 0"}});
+    EXPECT_EQ(unanswered.exitStatus, 1);
+    EXPECT_THAT(unanswered.output, StartsWith("Open " + silent.terminal() + " device error\n"));
+    silent.signal(SIGCONT);
+    // The inner console runs while the outer one has the line open and waits for its input.
+    const std::string tool = TOVIRA_UTIL_TOOL;
+    const child_process::Result second =
+        child_process::run({.arguments = {"/bin/sh", "-c",
+                                          "(sleep 2; echo 0) | " + tool + " --tty " + board.ttyOption() +
+                                              " --cmd 'monitor t' > /dev/null & sleep 1; " + tool + " --tty " +
+                                              board.ttyOption() + " --cmd 'arl 0'; echo status $?; wait"}});
+    EXPECT_THAT(second.output, StartsWith("Open " + board.terminal() + " device error\n"));
+    EXPECT_THAT(second.output, HasSubstr("status 1\n"));
+}
+
+}  // namespace
+}  // namespace serial_test
