@@ -283,7 +283,7 @@ void PtyConsole::changeSettings(const termios& settings)
 
 void PtyConsole::signal(int signalNumber)
 {
-    check(kill(program_, signalNumber) == 0, "kill");
+    check(kill(program_, signalNumber) == 0 || errno == ESRCH, "kill");
 }
 
 std::optional<ProcessEvent> PtyConsole::waitForEvent()

@@ -96,7 +96,7 @@ public:
     /** Changes the settings of the terminal. */
     void changeSettings(const termios& settings);
 
-    /** Sends a signal to the program. */
+    /** Sends a signal to the program; nothing happens when that has ended. */
     void signal(int signalNumber);
 
     /** Waits until the program stops, goes on or ends. @return nothing when the time is over */
