@@ -137,7 +137,7 @@ void dropRestOfTypedLine()
 std::uint32_t readCycle()
 {
     unsigned cycle = 0;
-    // A number that is too long comes out as the largest one: NOLINTNEXTLINE(cert-err34-c)
+    // The C library cuts a number that is too long to its low 32 bits: NOLINTNEXTLINE(cert-err34-c)
     if (scanf("%x", &cycle) != 1) {
         cycle = 0;
     }
