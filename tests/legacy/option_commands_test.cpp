@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <iomanip>
 #include <map>
 #include <ostream>
@@ -133,6 +134,13 @@ TEST_F(OptionCommandsTest, DoesNothingWithoutWords)
     parseArg(0, none);
     EXPECT_EQ(output.take(), "");
     EXPECT_THAT(takeDeviceCalls(), IsEmpty());
+}
+
+TEST_F(OptionCommandsTest, OptionsAreReadHoweverGetoptTreatsOtherWords)
+{
+    setenv("POSIXLY_CORRECT", "1", 1);
+    EXPECT_EQ(run("reg -a 10 -o 1 -v 5"), "[00000010]=05\n");
+    unsetenv("POSIXLY_CORRECT");
 }
 
 TEST_F(OptionCommandsTest, HelpAndOtherWordsPrintTheUsage)

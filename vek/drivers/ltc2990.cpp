@@ -39,16 +39,16 @@ Ltc2990::Ltc2990(I2cBus& bus, Pause& pause, int addressIndex)
 {
 }
 
-/// Sets the chip up and starts an acquisition; no value is new after that.
+/// Sets the chip up, drops what it holds from before, and starts an acquisition. Nothing is read behind the trigger: on
+/// a slow line that would take the new values.
 int Ltc2990::acquire(std::uint8_t control)
 {
     int result = registers_.write(ltc2990::kControl, control);
-    if (result == VEK_OK) {
-        result = registers_.write(ltc2990::kTrigger, 0);
-    }
-    // What comes from before is dropped while the chip is at its temperature, which takes longer than this.
     Data old{};
-    return result == VEK_OK ? registers_.readData(kV1Register, old) : result;
+    if (result == VEK_OK) {
+        result = registers_.readData(kV1Register, old);
+    }
+    return result == VEK_OK ? registers_.write(ltc2990::kTrigger, 0) : result;
 }
 
 int Ltc2990::takeNew(std::uint8_t control, std::uint8_t slotsAsked, Data& data)

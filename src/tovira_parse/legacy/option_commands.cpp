@@ -29,13 +29,14 @@ void printUsage()
     optHelp(kProgramName);
 }
 
-// The words that options are taken from.
+// The words that options are taken from. The subcommand stands in the place of a program name: the options follow it at
+// once, wherever getopt is told to end at the first word that is none.
 struct Words {
     int argc;
     char** argv;
 
     // The letter of the next option, -1 at their end; its value is in optarg.
-    int nextOption(const char* letters) const { return getopt(argc, argv, letters); }
+    int nextOption(const char* letters) const { return getopt(argc - 1, argv + 1, letters); }
 
     // Lets getopt begin with these words, whatever it has read before.
     void beginOptions() const { optind = 0; }
