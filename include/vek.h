@@ -858,7 +858,8 @@ int vek_qz200_pllcalc(int reference_khz, int mode, uint32_t wanted_khz, uint32_t
     trains its links for; VEK_OUT_OF_RANGE: the PLL would leave its limits; the clock stays as it was then */
 int vek_qz200_set_clk_freq(int domain, uint32_t setting);
 
-/** Switches a PLL or core clock. Its domains run at the rate that is set (on), at 27 MHz (bypass) or not at all (off).
+/** Switches a PLL or core clock. Its domains run at the rate that is set (on), at 27 MHz (bypass) or not at all (off);
+    what reaches the 3D and 2D cores is then halved or stopped by the power state.
     A core has the last word over its PLL: in bypass it runs with the crystal also when the PLL is off.
     @param mode enum VekClockMode @param source enum VekClockSource; any other answers VEK_BAD_ARGUMENT */
 int vek_qz200_set_clk_mode(int mode, int source);

@@ -99,7 +99,7 @@ TEST_P(SensorsTest, NumberIsHexadecimalUpToItsFirstOtherCharacter)
 TEST_P(SensorsTest, OtherNumbersAreRefusedWithoutACall)
 {
     for (const char* number : {" 2", " 3", " 10", " 11", " a", " F", " 0x2", " ff", " 80000000", " 80000001",
-                               " ffffffff", " fffffffffffffffe", " ffffffffffffffff"}) {
+                               " ffffffff", " 100000000", " 100000001", " fffffffffffffffe", " ffffffffffffffff"}) {
         EXPECT_EQ(enter(number), Outcome{-2}) << number;
     }
     EXPECT_THAT(takeDeviceCalls(), IsEmpty());

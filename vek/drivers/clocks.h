@@ -15,12 +15,12 @@ namespace vek
 /// The clock unit: 64 registers of 32 bits. Only longs at multiples of 4 are answered; registers that are not listed
 /// read 0 and ignore writes.
 ///
-///     0x000 + 4 * domain  pll     the setting of the domain's own PLL (drivers/pll.h), by enum VekClockDomain; not
-///     0x004 0x040 + 4 * source  mode    bits 1:0 the mode (enum VekClockMode) of a bank of PLLs or of a core's clock,
-///     by enum
-///                                 VekClockSource; a write of the mode 3 is ignored
+///     0x000 + 4 * domain  pll       the setting of the domain's own PLL (drivers/pll.h), by enum VekClockDomain;
+///                                   not 0x004
+///     0x040 + 4 * source  mode      bits 1:0 the mode (enum VekClockMode) of a bank of PLLs or of a core's clock,
+///                                   by enum VekClockSource; a write of the mode 3 is ignored
 ///     0x080               throttle  read-only: what the power state makes of the clocks of the 3D and the 2D core,
-///     below
+///                                   see below
 ///
 /// Every domain has a PLL of its own, so none moves with another one. A PLL name stands for the bank of the PLLs that
 /// serve its domains: its mode tells whether these deliver their own output, the crystal (bypass) or nothing (off). The

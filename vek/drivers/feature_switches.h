@@ -14,9 +14,8 @@ namespace vek
 /// at multiples of 4 are answered; registers and bits that are not listed read 0 and ignore writes.
 ///
 ///     0x000  functions  bits 3:0 the traces of GL, GLX, ES and EGL, bit 4 Texture
-///     0x004  multi_gpu  bits 1:0 the mode of work on several GPUs: 0 none chosen, 1 combined, 2 independent, 3
-///     balance;
-///                       bits 10:8 how many GPUs work independently
+///     0x004  multi_gpu  bits 1:0 the mode of work on several GPUs: 0 none chosen, 1 combined, 2 independent,
+///                       3 balance; bits 10:8 how many GPUs work independently
 namespace feature_switches
 {
 

@@ -47,7 +47,7 @@ int showSensors(char* cmdText)
         return kStatusBadArgument;
     }
     if (const char* const token = tokens.word()) {
-        const auto sensor = static_cast<std::uint32_t>(htoi(token));
+        const auto sensor = static_cast<std::uint64_t>(htoi(token));
         // Numbers have no sign; one that is typed all the same names no sensor.
         return *token == '-' || sensor >= kSensors ? kStatusBadArgument : showSensor<Kind>(static_cast<int>(sensor));
     }
