@@ -14,7 +14,8 @@ namespace
 termios savedSettings;
 volatile std::sig_atomic_t isRaw = 0;
 
-constexpr int kGuardedSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP};
+constexpr int kGuardedSignals[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGTERM, SIGTSTP,
+                                   SIGPIPE, SIGALRM, SIGUSR1, SIGUSR2, SIGXCPU};
 
 bool applyRawSettings()
 {

@@ -4,7 +4,7 @@
 
 /// Saves the settings of the terminal on standard input and puts it into raw mode. False, with the settings as they
 /// were, when standard input is no terminal or a terminal call fails. Until leaveRawTerminal, a signal that ends or
-/// suspends the program (hang-up, interrupt, quit, termination, terminal stop) puts the settings back first; a resumed
+/// suspends the program (those of users, terminals, pipes, timers and limits) puts the settings back first; a resumed
 /// program goes on in raw mode.
 bool enterRawTerminal();
 
