@@ -130,6 +130,15 @@ void moveEnd(Editing& editing)
     editing.cursor = CmdLinesLen;
 }
 
+// The line as it stands, on a line of the terminal that something else may have been written to.
+void redrawLine(const Editing& editing)
+{
+    print('\r');
+    print('>');
+    printLineFrom(0);
+    print(kBackspace, CmdLinesLen - editing.cursor);
+}
+
 // The entry of a slot; the place before the first slot and the empty selection hold an empty line.
 const char* historyEntry(int slot)
 {
@@ -308,6 +317,10 @@ int getCmdLine()
     print('>');
     for (;;) {
         int key = my_getch();
+        if (key == kKeyAfterStop) {
+            redrawLine(editing);
+            continue;
+        }
         failures = key < 0 ? failures + 1 : 0;
         if (failures >= kFailuresBeforeEnd) {
             return 1;

@@ -1,49 +1,118 @@
 #include "tovira_parse/terminal.h"
 
+#include <poll.h>
+#include <pthread.h>
 #include <sys/select.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
+#include <initializer_list>
 
 namespace
 {
 
-termios savedSettings;
+// Raw mode as the console wants it, and as the terminal has it: in the background the terminal is another's.
+volatile std::sig_atomic_t wantsRaw = 0;
 volatile std::sig_atomic_t isRaw = 0;
+volatile std::sig_atomic_t wasStopped = 0;
+termios savedSettings;  // those before raw mode, while isRaw
 
-constexpr int kGuardedSignals[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGTERM, SIGTSTP,
-                                   SIGPIPE, SIGALRM, SIGUSR1, SIGUSR2, SIGXCPU};
-
-bool applyRawSettings()
+// Whether the terminal is this process group's. One that controls no jobs of this session is everybody's.
+bool isInForeground()
 {
-    termios raw = savedSettings;
-    cfmakeraw(&raw);
-    return tcsetattr(STDIN_FILENO, TCSANOW, &raw) == 0;
+    const pid_t owner = tcgetpgrp(STDIN_FILENO);
+    return owner < 0 || owner == getpgrp();
 }
 
-sigset_t guardedSignals()
+// The terminal's driver stops a process of the background that reads, here with no signal held back. It goes on in the
+// foreground, or at once where job control does not reach it.
+void awaitForeground()
+{
+    if (!isInForeground()) {
+        char none = 0;
+        [[maybe_unused]] const ssize_t nothing = read(STDIN_FILENO, &none, 0);
+    }
+}
+
+// Puts the terminal into raw mode if that is wanted. Settings that are the console's own already are not saved: a shell
+// may have kept them for a process that it continues. Async-signal-safe calls only.
+void takeTerminal()
+{
+    if (wantsRaw == 0 || !isInForeground() || (isRaw == 0 && tcgetattr(STDIN_FILENO, &savedSettings) != 0)) {
+        return;
+    }
+    termios raw = savedSettings;
+    cfmakeraw(&raw);
+    // Ahead of the change, for a signal that meets it: to put back settings that are still there does no harm.
+    isRaw = 1;
+    if (tcsetattr(STDIN_FILENO, TCSANOW, &raw) != 0) {
+        isRaw = 0;
+    }
+}
+
+// False when the terminal call fails. Async-signal-safe calls only.
+bool giveTerminalBack()
+{
+    if (isRaw == 0 || !isInForeground()) {
+        return true;
+    }
+    const bool restored = tcsetattr(STDIN_FILENO, TCSANOW, &savedSettings) == 0;
+    isRaw = 0;
+    return restored;
+}
+
+bool endsOrStopsByDefault(int signalNumber)
+{
+    switch (signalNumber) {
+        case SIGKILL:
+        case SIGSTOP:
+        case SIGCHLD:
+        case SIGCONT:
+        case SIGURG:
+        case SIGWINCH:
+            return false;
+        default:
+            return true;
+    }
+}
+
+// Calls the function with every signal that is guarded. The C library keeps those below SIGRTMIN to itself.
+template <typename Function>
+void forEachGuardedSignal(Function function)
+{
+    constexpr int kLastStandardSignal = SIGSYS;
+    for (int signalNumber = 1; signalNumber <= SIGRTMAX; ++signalNumber) {
+        const bool exists = signalNumber <= kLastStandardSignal || signalNumber >= SIGRTMIN;
+        if (exists && endsOrStopsByDefault(signalNumber)) {
+            function(signalNumber);
+        }
+    }
+}
+
+// The signals that must not meet a change of the terminal half made. Held back, those of the terminal's driver would
+// let a process of the background change it; and a fault that is held back ends the program at once.
+sigset_t signalsOfTheConsole()
 {
     sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signalNumber : kGuardedSignals) {
-        sigaddset(&signals, signalNumber);
+    sigfillset(&signals);
+    for (const int signalNumber :
+         {SIGTTIN, SIGTTOU, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT, SIGCHLD, SIGURG, SIGWINCH}) {
+        sigdelset(&signals, signalNumber);
     }
     return signals;
 }
 
 // Lets the signal have its default effect with the terminal as it was. Only a stop comes back from that: the settings
-// are then saved afresh, since the shell may have changed them meanwhile. Async-signal-safe calls only; all guarded
-// signals are blocked while it runs, but for the one that it delivers, at that moment.
+// are then saved afresh, since the shell may have changed them meanwhile. Async-signal-safe calls only; all signals are
+// held back while it runs, but for the one that it delivers, at that moment.
 void deliverWithTerminalRestored(int signalNumber)
 {
     const int savedErrno = errno;
-    const bool wasRaw = isRaw != 0;
-    if (wasRaw) {
-        tcsetattr(STDIN_FILENO, TCSANOW, &savedSettings);
-    }
+    giveTerminalBack();
 
     struct sigaction defaultAction = {};
     struct sigaction ownAction = {};
@@ -57,13 +126,48 @@ void deliverWithTerminalRestored(int signalNumber)
 
     sigprocmask(SIG_BLOCK, &delivered, nullptr);
     sigaction(signalNumber, &ownAction, nullptr);
-    if (wasRaw && tcgetattr(STDIN_FILENO, &savedSettings) == 0) {
-        applyRawSettings();
-    }
+    wasStopped = 1;
+    takeTerminal();
     errno = savedErrno;
 }
 
-// A signal that whoever started the program has set to be ignored stays ignored.
+// After a stop that cannot be caught the terminal is what the shell has made of it.
+void goOnAfterStop(int /*signalNumber*/)
+{
+    const int savedErrno = errno;
+    wasStopped = 1;
+    takeTerminal();
+    errno = savedErrno;
+}
+
+void install(int signalNumber, void (*handler)(int))
+{
+    struct sigaction action = {};
+    // A signal that whoever started the program has set to be ignored stays ignored, and another's handler stays.
+    if (sigaction(signalNumber, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) {
+        return;
+    }
+    action = {};
+    action.sa_handler = handler;
+    sigfillset(&action.sa_mask);
+    action.sa_flags = SA_RESTART | SA_ONSTACK;
+    sigaction(signalNumber, &action, nullptr);
+}
+
+// A fault for want of stack leaves none for its handler.
+void provideSignalStack()
+{
+    constexpr std::size_t kSignalStack = 0x10000;
+    alignas(std::max_align_t) static unsigned char memory[kSignalStack];
+    stack_t stack = {};
+    if (sigaltstack(nullptr, &stack) == 0 && (stack.ss_flags & SS_DISABLE) != 0) {
+        stack = {};
+        stack.ss_sp = memory;
+        stack.ss_size = sizeof memory;
+        sigaltstack(&stack, nullptr);
+    }
+}
+
 void guardSignals()
 {
     static bool guarded = false;
@@ -71,48 +175,70 @@ void guardSignals()
         return;
     }
     guarded = true;
-    for (const int signalNumber : kGuardedSignals) {
-        struct sigaction action = {};
-        if (sigaction(signalNumber, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) {
-            continue;
-        }
-        action = {};
-        action.sa_handler = deliverWithTerminalRestored;
-        action.sa_mask = guardedSignals();
-        action.sa_flags = SA_RESTART;
-        sigaction(signalNumber, &action, nullptr);
-    }
+    provideSignalStack();
+    forEachGuardedSignal([](int signalNumber) { install(signalNumber, deliverWithTerminalRestored); });
+    install(SIGCONT, goOnAfterStop);
 }
 
-// Runs a change of the terminal with the guarded signals held back, so that none of them meets it half made.
+bool inputIsBuffered()
+{
+    return stdin->_IO_read_ptr < stdin->_IO_read_end;
+}
+
+// Waits until there is something to read, or until the program goes on after a stop, which is what false tells. A stop
+// just before the wait ends it too: signals come in during the wait only.
+bool waitForInput()
+{
+    const sigset_t before = holdBackSignals();
+    pollfd input = {.fd = STDIN_FILENO, .events = POLLIN, .revents = 0};
+    while (!inputIsBuffered() && wasStopped == 0 && ppoll(&input, 1, nullptr, &before) < 0 && errno == EINTR) {
+    }
+    releaseSignals(before);
+    return wasStopped == 0;
+}
+
+// Runs a change of the terminal with no signal to meet it half made.
 template <typename Change>
 bool changeTerminal(Change change)
 {
-    const sigset_t signals = guardedSignals();
-    sigset_t before;
-    sigprocmask(SIG_BLOCK, &signals, &before);
+    const sigset_t before = holdBackSignals();
     const bool changed = change();
-    sigprocmask(SIG_SETMASK, &before, nullptr);
+    releaseSignals(before);
     return changed;
 }
 
 }  // namespace
 
+sigset_t holdBackSignals()
+{
+    const sigset_t signals = signalsOfTheConsole();
+    sigset_t before;
+    pthread_sigmask(SIG_BLOCK, &signals, &before);
+    return before;
+}
+
+void releaseSignals(const sigset_t& before)
+{
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
 bool enterRawTerminal()
 {
     guardSignals();
+    awaitForeground();
     return changeTerminal([] {
-        const bool entered = tcgetattr(STDIN_FILENO, &savedSettings) == 0 && applyRawSettings();
-        isRaw = entered ? 1 : 0;
-        return entered;
+        wantsRaw = 1;
+        takeTerminal();
+        wantsRaw = isRaw;
+        return isRaw != 0;
     });
 }
 
 bool leaveRawTerminal()
 {
     return changeTerminal([] {
-        isRaw = 0;
-        return tcsetattr(STDIN_FILENO, TCSANOW, &savedSettings) == 0;
+        wantsRaw = 0;
+        return giveTerminalBack();
     });
 }
 
@@ -127,9 +253,10 @@ void flushTerminalOutput()
 bool keyIsWaiting()
 {
     // What was typed together with the key before it stands in the stream's buffer already.
-    if (stdin->_IO_read_ptr < stdin->_IO_read_end) {
+    if (inputIsBuffered()) {
         return true;
     }
+    awaitForeground();
     constexpr suseconds_t kMomentMicroseconds = 10;
     fd_set descriptors;
     FD_ZERO(&descriptors);
@@ -141,12 +268,16 @@ bool keyIsWaiting()
 int my_getch()
 {
     flushTerminalOutput();
+    wasStopped = 0;
     if (!enterRawTerminal()) {
         return -1;
     }
-    const int key = getc(stdin);
-    if (key == EOF) {
-        clearerr(stdin);
+    int key = kKeyAfterStop;
+    if (waitForInput()) {
+        key = getc(stdin);
+        if (key == EOF) {
+            clearerr(stdin);
+        }
     }
     return leaveRawTerminal() ? key : -1;
 }

@@ -2,10 +2,15 @@
 #ifndef TOVIRA_PARSE_TERMINAL_H
 #define TOVIRA_PARSE_TERMINAL_H
 
+#include <csignal>
+
+/// What my_getch returns instead of a key when the program was stopped meanwhile and goes on.
+inline constexpr int kKeyAfterStop = -2;
+
 /// Saves the settings of the terminal on standard input and puts it into raw mode. False, with the settings as they
-/// were, when standard input is no terminal or a terminal call fails. Until leaveRawTerminal, a signal that ends or
-/// suspends the program (those of users, terminals, pipes, timers and limits) puts the settings back first; a resumed
-/// program goes on in raw mode.
+/// were, when standard input is no terminal or a terminal call fails. A process in the background is stopped until it
+/// is in the foreground. Until leaveRawTerminal, every signal that ends or suspends the program by default puts the
+/// settings back first; a resumed program goes on in raw mode.
 bool enterRawTerminal();
 
 /// Puts back what enterRawTerminal saved. False when the terminal call fails.
@@ -18,7 +23,16 @@ void flushTerminalOutput();
 bool keyIsWaiting();
 
 /// Shows what was printed so far, then reads one byte from standard input with the terminal in raw mode for just that
-/// time. Returns the byte, or -1 when a terminal call fails or standard input has ended.
+/// time. Returns the byte, or -1 when a terminal call fails or standard input has ended, or kKeyAfterStop, with the
+/// terminal's line to be drawn anew and the key still to come.
 int my_getch();
+
+/// Holds back the signals that end or suspend the program, but for those of faults, in this thread and in those that it
+/// creates from now on: the console's own thread is the one that knows the state of the terminal. Returns the signals
+/// that were held back before, for releaseSignals.
+sigset_t holdBackSignals();
+
+/// Lets signals come again in this thread, but for those that were held back before.
+void releaseSignals(const sigset_t& before);
 
 #endif

@@ -334,7 +334,7 @@ TEST_F(TerminalStop, RestoresTheSettingsAndGoesOnWithTheLine)
         stop();
         expectSettingsAsBefore();
         resume();
-        ASSERT_TRUE(console_.waitForRawMode());
+        expectOutput("\r>rrb");
         type(" 41", " 41");
         type("\b\b\b", "\b \b\b \b\b \b");
     }
@@ -370,6 +370,7 @@ TEST_F(TerminalStop, KeepsTheSettingsThatWereChangedMeanwhile)
     changed.c_lflag &= ~static_cast<tcflag_t>(ECHOE);
     console_.changeSettings(changed);
     resume();
+    expectOutput("\r>");
     type("rrb 41\r", "rrb 41" + kEndOfInput + "00000041: 00\r\n>");
     type("quit\r", "quit" + kEndOfInput);
     EXPECT_TRUE(end().exitedWith(0));

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,6 +15,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <ostream>
 #include <system_error>
 #include <thread>
@@ -80,6 +82,9 @@ void report(int events, int number)
     if (program == 0) {
         becomeProgram(command, argv);
     }
+    // What the test keeps open must end when the test closes it.
+    close_range(STDERR_FILENO + 1, static_cast<unsigned>(events) - 1, 0);
+    close_range(static_cast<unsigned>(events) + 1, ~0U, 0);
     report(events, program);
     int status = 0;
     do {
@@ -281,9 +286,40 @@ void PtyConsole::changeSettings(const termios& settings)
     check(tcsetattr(master_, TCSANOW, &settings) == 0, "tcsetattr");
 }
 
+void PtyConsole::resize(int rows, int columns)
+{
+    const winsize size{.ws_row = static_cast<unsigned short>(rows),
+                       .ws_col = static_cast<unsigned short>(columns),
+                       .ws_xpixel = 0,
+                       .ws_ypixel = 0};
+    check(ioctl(master_, TIOCSWINSZ, &size) == 0, "ioctl");
+}
+
 void PtyConsole::signal(int signalNumber)
 {
     check(kill(program_, signalNumber) == 0 || errno == ESRCH, "kill");
+}
+
+bool PtyConsole::waitForSleepingCommand()
+{
+    const Deadline deadline = Clock::now() + kTimeout;
+    while (!sleeps()) {
+        if (Clock::now() > deadline) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+// Between two keys the program does not sleep: it has the terminal as before only while a command runs.
+bool PtyConsole::sleeps() const
+{
+    std::ifstream file("/proc/" + std::to_string(program_) + "/stat");
+    std::string line;
+    std::getline(file, line);
+    const std::size_t name = line.rfind(')');
+    return name != std::string::npos && line.substr(name, 3) == ") S" && (settings().c_lflag & (ICANON | ECHO)) != 0;
 }
 
 std::optional<ProcessEvent> PtyConsole::waitForEvent()

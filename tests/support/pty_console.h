@@ -96,8 +96,15 @@ public:
     /** Changes the settings of the terminal. */
     void changeSettings(const termios& settings);
 
+    /** Changes the size of the terminal; its program is told by a signal. */
+    void resize(int rows, int columns);
+
     /** Sends a signal to the program; nothing happens when that has ended. */
     void signal(int signalNumber);
+
+    /** Waits until the program sleeps with the terminal as before it, as in the midst of a command that waits.
+        @return false when the time is over */
+    bool waitForSleepingCommand();
 
     /** Waits until the program stops, goes on or ends. @return nothing when the time is over */
     std::optional<ProcessEvent> waitForEvent();
@@ -108,6 +115,7 @@ public:
 private:
     using Deadline = std::chrono::steady_clock::time_point;
 
+    bool sleeps() const;
     bool pollForRawMode(const std::function<void()>& meanwhile);
     bool type(std::string_view keys);
     std::string readUntil(const std::function<std::size_t()>& available);

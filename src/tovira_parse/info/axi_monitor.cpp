@@ -87,11 +87,23 @@ void* collectWithOwnName(void* name)
     return result;
 }
 
+bool createCollector(pthread_t& collector, char* name)
+{
+    const sigset_t before = holdBackSignals();
+    const bool created = pthread_create(&collector, nullptr, collectWithOwnName, name) == 0;
+    releaseSignals(before);
+    return created;
+}
+
 void waitForEndKey()
 {
     // Without keys to come there is nothing to wait for.
-    for (int key = my_getch(); key != kEndKey && key >= 0; key = my_getch()) {
-        puts("please input 'd' to done the thread");
+    int key = my_getch();
+    while (key != kEndKey && (key >= 0 || key == kKeyAfterStop)) {
+        if (key != kKeyAfterStop) {
+            puts("please input 'd' to done the thread");
+        }
+        key = my_getch();
     }
 }
 
@@ -102,7 +114,7 @@ int startQz202()
     if (name != nullptr) {
         printf("time_foldername: %s\n", name.get());
     }
-    if (name == nullptr || pthread_create(&collector, nullptr, collectWithOwnName, name.get()) != 0) {
+    if (name == nullptr || !createCollector(collector, name.get())) {
         puts("thread creation failed");
         return kStatusBadCommand;
     }
