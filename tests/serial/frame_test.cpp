@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "memory_line.h"
-#include "serial/crc32.h"
+#include "crc32.h"
 #include "serial/frame.h"
 
 namespace serial_test

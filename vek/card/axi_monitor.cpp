@@ -46,7 +46,6 @@ void AxiMonitor::advance()
     if (!counting_) {
         return;
     }
-    constexpr std::uint64_t kNanosecondsPerSecond = 1'000'000'000;
     const std::uint64_t now = clock_.nanoseconds();
     const std::uint64_t cycles = axiTicks_.after(now - reached_, hertz_[VEK_CLOCK_AXI], kNanosecondsPerSecond);
     reached_ = now;

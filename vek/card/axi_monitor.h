@@ -31,6 +31,16 @@ public:
     /// Begins anew, as has to be when `frequency` becomes another one.
     constexpr void restart() { carry_ = 0; }
 
+    /// Whether what is carried over is less than one tick at this frequency, as it always is.
+    constexpr bool carriesLessThan(std::uint64_t frequency) const { return carry_ < frequency; }
+
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(carry_);
+    }
+
 private:
     std::uint64_t carry_ = 0;
 };
@@ -59,11 +69,28 @@ public:
     /// Where it lies in the register region.
     constexpr std::uint64_t base() const { return facts_.base; }
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(hertz_, counting_, final_, reached_, cycle_, axiTicks_, paces_, running_, lastSpan_, latched_);
+        visit.check(axiTicks_.carriesLessThan(kNanosecondsPerSecond));
+        visit.check(!facts_.timed || !counting_ || cycle_ != 0);
+    }
+
 private:
+    static constexpr std::uint64_t kNanosecondsPerSecond = 1'000'000'000;
+
     /// Transactions of one master.
     struct Traffic {
         std::uint64_t reads = 0;
         std::uint64_t writes = 0;
+
+        template <typename Visitor>
+        void visitState(Visitor& visit)
+        {
+            visit(reads, writes);
+        }
     };
 
     /// What has been counted up to some moment.
@@ -71,12 +98,24 @@ private:
         std::uint64_t sequence = 0;
         std::uint64_t cycles = 0;
         std::array<Traffic, axi_monitor::kMaxMasters> traffic{};
+
+        template <typename Visitor>
+        void visitState(Visitor& visit)
+        {
+            visit(sequence, cycles, traffic);
+        }
     };
 
     /// How the AXI clock ticks for the transactions of one master.
     struct Pace {
         SharedTicks reads;
         SharedTicks writes;
+
+        template <typename Visitor>
+        void visitState(Visitor& visit)
+        {
+            visit(reads, writes);
+        }
     };
 
     void advance();

@@ -19,11 +19,30 @@ protected:
     ~CardClock() = default;
 };
 
-/// The host's monotonic clock.
+/// The host's monotonic clock. One that is kept goes on over programs and restarts of the host: it is put forward where
+/// the host's would fall behind what it has shown before.
 class HostClock final : public CardClock
 {
 public:
     std::uint64_t nanoseconds() const override;
+
+    /// From now on the clock is kept. It is no longer for several threads at a time then.
+    void keep() { kept_ = true; }
+
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit.upTo(offset_, kMost);
+        visit.upTo(shown_, kMost);
+    }
+
+private:
+    static constexpr std::uint64_t kMost = std::uint64_t{1} << 62;  ///< Over a hundred years.
+
+    bool kept_ = false;
+    mutable std::uint64_t offset_ = 0;  ///< Nanoseconds ahead of the host's clock.
+    mutable std::uint64_t shown_ = 0;   ///< What it has shown last, when it is kept.
 };
 
 }  // namespace vek

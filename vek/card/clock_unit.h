@@ -40,6 +40,17 @@ public:
     /// What all domains run at.
     DomainHertz hertz() const;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(settings_);
+        for (std::uint32_t& mode : modes_) {
+            visit.upTo(mode, VEK_CLOCK_OFF);
+        }
+        visit.upTo(throttle_, clock_unit::kThrottleStopped);
+    }
+
 private:
     constexpr Rate rate(std::size_t domain) const
     {

@@ -1,6 +1,7 @@
 #ifndef VEK_CARD_CONVERSION_SEQUENCE_H
 #define VEK_CARD_CONVERSION_SEQUENCE_H
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -21,7 +22,10 @@ public:
         running_ = false;
     }
 
-    /// Adds a conversion whose result belongs to `slot`; no more than 10 at a time.
+    static constexpr std::uint64_t kLongestStep = 60'000'000'000;
+
+    /// Adds a conversion whose result belongs to `slot`; no more than 10 at a time, each of them longer than nothing
+    /// and no longer than kLongestStep.
     void add(std::uint8_t slot, std::uint64_t nanoseconds)
     {
         steps_[count_++] = {slot, nanoseconds};
@@ -58,11 +62,51 @@ public:
         return lastEnded;
     }
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(steps_, cycle_, due_, running_, repeated_);
+        visit.upTo(count_, steps_.size());
+        visit.upTo(next_, steps_.size() - 1);
+        visit.check(isWhole());
+    }
+
+    /// Whether all results belong to slots of a range, `end` being the first one after it.
+    bool storesWithin(unsigned first, unsigned end) const
+    {
+        return count_ <= steps_.size() && std::all_of(steps_.begin(), steps_.begin() + count_, [=](const Step& step) {
+                   return step.slot >= first && step.slot < end;
+               });
+    }
+
 private:
     struct Step {
         std::uint8_t slot;
         std::uint64_t nanoseconds;
+
+        template <typename Visitor>
+        void visitState(Visitor& visit)
+        {
+            visit(slot, nanoseconds);
+        }
     };
+
+    /// Whether the steps make up the cycle and one of them is next.
+    bool isWhole() const
+    {
+        if (count_ > steps_.size() || next_ > count_ || (running_ && next_ == count_)) {
+            return false;
+        }
+        std::uint64_t cycle = 0;
+        for (std::size_t step = 0; step < count_; ++step) {
+            if (steps_[step].nanoseconds == 0 || steps_[step].nanoseconds > kLongestStep) {
+                return false;
+            }
+            cycle += steps_[step].nanoseconds;
+        }
+        return cycle == cycle_;
+    }
 
     /// Leaves one cycle, so that each conversion ends once more, and what was begun.
     void skipWholeCycles(std::uint64_t now)

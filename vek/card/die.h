@@ -130,6 +130,15 @@ public:
     /// The fan's PWM duty in per cent.
     double fanDuty();
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit.finite(rates_.core3d, rates_.shader, rates_.core2d, fan_.manualDuty, fan_.simulatedCelsius, celsius_);
+        visit.upTo(state_, die_physics::kStates.size() - 1);
+        visit(fan_.manual, fan_.simulated, reached_, started_);
+    }
+
 private:
     constexpr double power() const { return die_physics::watts(die_physics::kStates[state_], rates_); }
 

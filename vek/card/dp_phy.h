@@ -31,6 +31,13 @@ public:
 
     MainLink mainLink() const;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(registers_);
+    }
+
 private:
     static constexpr std::uint32_t kIdValue = 0xd120'0001;
 

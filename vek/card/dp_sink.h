@@ -61,6 +61,14 @@ public:
     /// Whether a panel shows its self-test picture.
     bool showsSelfTest() const { return (edpConfiguration_ & dpcd::kPanelSelfTestEnable) != 0; }
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(ddc_, link_, source_, edpConfiguration_, power_, recovered_, equalised_, i2cOpen_, i2cReading_,
+              i2cDevice_);
+    }
+
 private:
     static constexpr std::size_t kLinkFields = dpcd::kMainLinkChannelCodingSet + 1 - dpcd::kLinkRateSet;
     static constexpr std::size_t kSourceFields = dpcd::kSourceFieldsEnd - dpcd::kSourceOui;

@@ -29,6 +29,13 @@ public:
     std::uint8_t send() override;
     void stop() override;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(contents_, page_, collected_, counter_, awaitsCounter_, busyTries_);
+    }
+
 private:
     /// A write cycle of 5 ms, in tries of the address of 0.11 ms each: nothing here knows of time.
     static constexpr int kWriteCycleTries = 45;

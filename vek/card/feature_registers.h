@@ -15,6 +15,13 @@ public:
     ReadResult read(std::uint64_t address, unsigned width) override;
     int write(std::uint64_t address, unsigned width, std::uint64_t value) override;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(functions_, multiGpu_);
+    }
+
 private:
     std::uint32_t functions_ = 0;
     std::uint32_t multiGpu_ = 0;

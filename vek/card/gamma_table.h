@@ -18,6 +18,9 @@ public:
     ReadResult read(std::uint64_t address, unsigned width) override;
     int write(std::uint64_t address, unsigned width, std::uint64_t value) override;
 
+    /// What holds the entries.
+    SparseMemory& memory() { return flipped_; }
+
 private:
     /// The entries, each with the bits inverted that are set after power-on: what nobody sets takes no host memory.
     SparseMemory flipped_{gamma_table::kSize};

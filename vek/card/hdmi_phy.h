@@ -39,6 +39,13 @@ public:
     ReadResult read(std::uint64_t address, unsigned width) override;
     int write(std::uint64_t address, unsigned width, std::uint64_t value) override;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(registers_);
+    }
+
 private:
     static constexpr std::uint16_t kIdValue = 0x2812;
 

@@ -46,6 +46,13 @@ public:
     constexpr const Saa7111a& videoDecoder0() const { return decoder0_; }
     constexpr const Saa7111a& videoDecoder1() const { return decoder1_; }
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(eeprom_, decoder0_, decoder1_, ltc2990_, ltc2991_, ina3221_, buses_);
+    }
+
 private:
     static constexpr std::uint8_t kEepromAddress = 0x50;
 

@@ -1,6 +1,7 @@
 #ifndef VEK_CARD_I2C_SIMULATED_BUS_H
 #define VEK_CARD_I2C_SIMULATED_BUS_H
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -29,6 +30,17 @@ public:
     I2cByte read(bool acknowledge) override;
     void stop() override;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        std::size_t seat = selectedSeat();
+        visit.upTo(seat, seats_.size());
+        visit.upTo(phase_, Phase::kReading);
+        selected_ = seat < seats_.size() ? seats_[seat].device : nullptr;
+        visit.check(selected_ != nullptr || phase_ < Phase::kWriting);
+    }
+
 private:
     enum class Phase : std::uint8_t {
         kIdle,     ///< Free, or no device is selected: the data line stays high.
@@ -38,6 +50,16 @@ private:
     };
 
     bool select(std::uint8_t addressByte);
+
+    /// The seat of the selected device, one past the last when there is none.
+    std::size_t selectedSeat() const
+    {
+        std::size_t seat = 0;
+        while (seat < seats_.size() && seats_[seat].device != selected_) {
+            ++seat;
+        }
+        return seat;
+    }
 
     std::span<const I2cSeat> seats_;
     I2cDevice* selected_ = nullptr;

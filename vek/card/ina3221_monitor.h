@@ -27,6 +27,14 @@ public:
     bool receive(std::uint8_t byte) override;
     std::uint8_t send() override;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(sequence_, registers_, poweredOn_, pointer_, received_, high_, lowNext_, sending_);
+        visit.check(sequence_.storesWithin(kFirstResult, kFirstResult + kResults));
+    }
+
 private:
     static constexpr std::uint8_t kRegisters = ina3221::kPowerValidLower + 1;
     static constexpr std::uint8_t kFirstResult = ina3221::kShunt1;

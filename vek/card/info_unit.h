@@ -39,6 +39,13 @@ public:
     ReadResult read(std::uint64_t address, unsigned width) override;
     int write(std::uint64_t address, unsigned width, std::uint64_t value) override;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(gopVersion_, gopMode_);
+    }
+
 private:
     /// Active pixels and lines of the first detailed timing (VESA E-EDID 1.4, section 3.10.2), as the mode register
     /// holds them; those that every display knows when there is no such timing.

@@ -26,6 +26,15 @@ public:
     {
     }
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visitPointer(visit);
+        visit(sequence_, control_, runningControl_, data_);
+        visit.check(sequence_.storesWithin(0, ltc2990::kSlots));
+    }
+
 protected:
     void beginTransfer() override;
     std::uint8_t readRegister(std::uint8_t index) override;

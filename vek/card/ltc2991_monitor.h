@@ -27,6 +27,15 @@ public:
     {
     }
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visitPointer(visit);
+        visit(sequence_, enabled_, settings_, runningSettings_, data_);
+        visit.check(sequence_.storesWithin(0, ltc2991::kSlots));
+    }
+
 protected:
     void beginTransfer() override;
     std::uint8_t readRegister(std::uint8_t index) override;

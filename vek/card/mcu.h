@@ -99,6 +99,14 @@ public:
     static constexpr std::uint64_t kResetControlBase = 0x30'8068;  ///< In the register region.
     static constexpr std::size_t kResetControlSize = 8;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit.upTo(phase_, Phase::kDone);
+        visit(dueAt_, request_, page_, resetControl_);
+    }
+
 private:
     static constexpr std::uint32_t kNotInReset = 1U << 3;
 
@@ -130,6 +138,12 @@ private:
         ReadResult read(std::uint64_t address, unsigned width) override;
         int write(std::uint64_t address, unsigned width, std::uint64_t value) override;
 
+        template <typename Visitor>
+        void visitState(Visitor& visit)
+        {
+            visit(control_);
+        }
+
     private:
         static constexpr std::uint64_t kUpperBits = 0xffff'ff00;
 
@@ -146,6 +160,12 @@ private:
         std::uint32_t address = 0;
 
         std::size_t bytes() const;
+
+        template <typename Visitor>
+        void visitState(Visitor& visit)
+        {
+            visit(command, length, count, subAddress, address);
+        }
     };
 
     constexpr void setLong(std::size_t offset, std::uint32_t value)

@@ -25,6 +25,13 @@ public:
 
     std::uint8_t segment() const { return segment_; }
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(segment_);
+    }
+
 private:
     std::uint8_t segment_ = 0;
 };
@@ -43,6 +50,13 @@ public:
     bool addressed(bool forReading) override;
     bool receive(std::uint8_t byte) override;
     std::uint8_t send() override;
+
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(offset_, awaitsOffset_);
+    }
 
 private:
     std::span<const std::uint8_t> edid_;
@@ -68,6 +82,13 @@ public:
     DdcConnector& operator=(const DdcConnector&) = delete;
 
     constexpr I2cBus* bus() { return &bus_; }
+
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(pointer_, memory_, bus_);
+    }
 
 private:
     static constexpr std::size_t seatsTaken(std::size_t edidSize)

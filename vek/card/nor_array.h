@@ -1,6 +1,7 @@
 #ifndef VEK_CARD_NOR_ARRAY_H
 #define VEK_CARD_NOR_ARRAY_H
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <span>
@@ -27,11 +28,40 @@ public:
     /// Sets all bits of a range of whole sectors.
     void erase(const spi_nor::Range& sectors);
 
+    /// Bytes, all told.
+    static constexpr std::uint64_t size() { return spi_nor::kSize; }
+
+    /// Goes over to host memory of size() bytes which is there for good. What it holds counts for the sectors that are
+    /// programmed.
+    void adopt(unsigned char* pages) { base_ = pages; }
+
+    /// Hands over what changes, as state/state_visitor.h says. What is programmed has meaning together with the host
+    /// memory only, but may lag behind it: a sector whose bit is not set yet is erased, whatever became of its memory,
+    /// and the memory of one whose bit is still set holds at any moment what a flash without power would hold.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(programmed_);
+        visit.check(base_ != nullptr || isErased());
+    }
+
 private:
     static constexpr std::uint32_t kSectors = spi_nor::kSize / spi_nor::kSectorSize;
+    static constexpr std::uint32_t kWordBits = 64;
+
+    bool isErased() const
+    {
+        return std::all_of(programmed_.begin(), programmed_.end(), [](std::uint64_t word) { return word == 0; });
+    }
+    bool isProgrammed(std::uint32_t sector) const
+    {
+        return (programmed_[sector / kWordBits] >> sector % kWordBits & 1) != 0;
+    }
+    void setProgrammed(std::uint32_t sector, bool programmed);
 
     unsigned char* base_ = nullptr;
-    std::array<bool, kSectors> programmed_{};  ///< The host memory of any other sector has no meaning.
+    /// A bit for each sector. The host memory of those that are not programmed has no meaning.
+    std::array<std::uint64_t, kSectors / kWordBits> programmed_{};
 };
 
 }  // namespace vek

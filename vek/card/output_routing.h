@@ -30,6 +30,13 @@ public:
     ReadResult read(std::uint64_t address, unsigned width) override;
     int write(std::uint64_t address, unsigned width, std::uint64_t value) override;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(bytes_);
+    }
+
 private:
     std::array<unsigned char, kSize> bytes_{};
 };

@@ -112,6 +112,15 @@ public:
     ReadResult read(std::uint64_t offset, unsigned width) override;
     int write(std::uint64_t offset, unsigned width, std::uint64_t value) override;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        for (PciRegister& each : registers_) {
+            visit(each.value);
+        }
+    }
+
 private:
     PciRegister* find(std::uint64_t offset);
 

@@ -21,6 +21,14 @@ public:
     ReadResult read(std::uint64_t address, unsigned width) override;
     int write(std::uint64_t address, unsigned width, std::uint64_t value) override;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit.upTo(state_, VEK_POWER_STANDBY);
+        visit(fan_, simulation_, simulated_);
+    }
+
 private:
     void writeState(std::uint32_t value);
     void applyFan();

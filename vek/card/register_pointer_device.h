@@ -34,6 +34,14 @@ public:
     std::uint8_t send() final { return readRegister(take()); }
 
 protected:
+    /// Hands over what changes here, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitPointer(Visitor& visit)
+    {
+        visit.upTo(pointer_, mask_);
+        visit(awaitsPointer_);
+    }
+
     /// `mask` is the highest register, one less than a power of two; higher bits of a pointer are ignored.
     constexpr explicit RegisterPointerDevice(std::uint8_t mask) : mask_(mask) {}
     ~RegisterPointerDevice() = default;

@@ -22,6 +22,9 @@ public:
     ReadResult read(std::uint64_t address, unsigned width) override;
     int write(std::uint64_t address, unsigned width, std::uint64_t value) override;
 
+    /// What lies between the devices, and below them, by the same addresses.
+    SparseMemory& storage() { return storage_; }
+
 private:
     const AddressWindow* deviceTouchedBy(std::uint64_t address, unsigned width) const;
     ReadResult readBytes(std::uint64_t address, unsigned width);

@@ -38,6 +38,13 @@ public:
     /// What comes out of the decoder as it is set now.
     VideoPicture picture() const;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(registers_, subAddress_, awaitsSubAddress_);
+    }
+
 private:
     static constexpr std::uint8_t kVersion = 0x10;
     static constexpr std::uint8_t kInputControlAfterReset = 0xc0;

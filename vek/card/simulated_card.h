@@ -83,6 +83,29 @@ struct SimulatedCard {
     SimulatedCard(const SimulatedCard&) = delete;
     SimulatedCard& operator=(const SimulatedCard&) = delete;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(clock, dpPhys, dpSinks, dpControllers, edpBacklight, mcu, die, axiMonitor, clocks, power, features,
+              information, outputRouting, pciConfiguration, i2c, spi, zoomVideo, ddc, hdmiPhys, vgaDac);
+    }
+
+    /// Hands over the memories, each with a name: objects with a size() in bytes and an adopt() for their host memory.
+    template <typename Visitor>
+    void visitMemories(Visitor& visit)
+    {
+        visit("registers", registers.storage());
+        visit("video-memory", videoMemory);
+        visit("board-ram", boardRam);
+        visit("crtc-registers", crtc);
+        visit("gamma-table-0", gammaTables[0].memory());
+        visit("gamma-table-1", gammaTables[1].memory());
+        visit("gamma-table-2", gammaTables[2].memory());
+        visit("gamma-table-3", gammaTables[3].memory());
+        visit("flash", spi.array());
+    }
+
     static constexpr std::uint64_t kBoardRamSize = kMiB;
     static constexpr std::uint64_t kVideoMemoryWindowSize = kGiB;
     static constexpr std::uint64_t kCrtcRegisters = 4096;

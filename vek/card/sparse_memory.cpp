@@ -20,12 +20,18 @@ constexpr unsigned kReadsBeforeMapping = 64;
 
 bool SparseMemory::map()
 {
-    base_ = mapHostPages(size_);
-    if (base_ == nullptr) {
+    unsigned char* pages = mapHostPages(size_);
+    if (pages == nullptr) {
         return false;
     }
-    setPlainMemory({.base = base_, .first = 0, .length = size_ - kWidestItem + 1});
+    adopt(pages);
     return true;
+}
+
+void SparseMemory::adopt(unsigned char* pages)
+{
+    base_ = pages;
+    setPlainMemory({.base = base_, .first = 0, .length = size_ - kWidestItem + 1});
 }
 
 /// How many of `count` longs from `address` upwards lie wholly inside.

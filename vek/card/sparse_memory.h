@@ -23,6 +23,12 @@ public:
     int writeLongs(std::uint64_t address, const std::uint32_t* longs, std::size_t count) override;
     int fillLongs(std::uint64_t address, std::uint32_t value, std::size_t count) override;
 
+    /// Bytes, all told.
+    constexpr std::uint64_t size() const { return size_; }
+
+    /// Goes over to host memory of size() bytes which is there for good and already holds the contents.
+    void adopt(unsigned char* pages);
+
 private:
     bool map();
     bool mapped() { return base_ != nullptr || map(); }

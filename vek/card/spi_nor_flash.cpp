@@ -16,7 +16,7 @@ constexpr std::uint8_t kIdleLine = 0xff;
 constexpr std::size_t kAddressEnd = 4;  ///< An address follows the opcode's byte, dummy bytes the address.
 
 /// Manufacturer, memory type, and capacity as a power of two (section 11.2.1).
-constexpr std::array<std::uint8_t, 3> kJedecId{0xef, 0x40, 0x15};
+constexpr std::array<std::uint8_t, SpiNorFlash::kIdSize> kJedecId{0xef, 0x40, 0x15};
 
 /// What the flash says of itself (JESD216, revision 1.0): the header, the header of the basic flash parameter table,
 /// and that table of 9 words at 0x10.

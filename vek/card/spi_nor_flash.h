@@ -26,6 +26,8 @@ namespace vek
 class SpiNorFlash final : public SpiBus
 {
 public:
+    static constexpr std::size_t kIdSize = 3;  ///< Bytes that the flash identifies itself with.
+
     static constexpr std::uint64_t kProgramTime = 20'000;  ///< Nanoseconds, as all of these.
     static constexpr std::uint64_t kEraseSectorTime = 1'000'000;
     static constexpr std::uint64_t kEraseHalfBlockTime = 3'000'000;
@@ -43,7 +45,26 @@ public:
     int read(std::span<std::uint8_t> bytes) override;
     void deselect() override;
 
+    /// The memory cells.
+    NorArray& array() { return array_; }
+
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(array_, kept_, writeEnabled_, busy_, busyUntil_, selected_, dataTaken_, firstData_, page_);
+        visit.upTo(opcode_, spi_nor::Opcode{0xff});
+        visit.upTo(headerSize_, kMostHeader);
+        visit.upTo(headerTaken_, kMostHeader);
+        visit.upTo(address_, spi_nor::kSize - 1);
+        visit.check(headerTaken_ <= headerSize_ && idAddressed());
+    }
+
 private:
+    static constexpr std::size_t kMostHeader = 5;  ///< Opcode, address, dummy byte.
+
+    /// Whether the address is one of an identification byte if these are being read.
+    bool idAddressed() const { return opcode_ != spi_nor::Opcode::kReadId || address_ < kIdSize; }
     bool headerComplete() const { return headerTaken_ == headerSize_; }
     void takeHeaderByte(std::uint8_t byte);
     void takeOpcode(std::uint8_t byte);

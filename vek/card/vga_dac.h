@@ -17,6 +17,13 @@ public:
     ReadResult read(std::uint64_t address, unsigned width) override;
     int write(std::uint64_t address, unsigned width, std::uint64_t value) override;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(gains_);
+    }
+
 private:
     std::array<std::uint8_t, vga_dac::kRegisterCount> gains_{0xff, 0xff, 0xff};
 };

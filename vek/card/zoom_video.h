@@ -26,6 +26,16 @@ public:
     ReadResult read(std::uint64_t address, unsigned width) override;
     int write(std::uint64_t address, unsigned width, std::uint64_t value) override;
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        for (Port& port : ports_) {
+            visit(port.capturing, port.captureStart, port.held.width, port.held.height);
+        }
+        visit(bytes_);
+    }
+
 private:
     using Bytes = std::array<unsigned char, zoom_video::kSize>;
 

@@ -77,6 +77,13 @@ public:
     /// Use of video memory as followCard() left it.
     const VideoMemory& memory() const { return memory_; }
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        visit(memory_, sizes_, addresses_, routing_);
+    }
+
 private:
     static constexpr std::size_t kControllers = 4;
     static constexpr std::size_t kTraces = 4;

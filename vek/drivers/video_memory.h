@@ -87,10 +87,38 @@ public:
         return (std::uint64_t{last.firstPage} + last.pages) * kPageSize;
     }
 
+    /// Hands over what changes, as state/state_visitor.h says.
+    template <typename Visitor>
+    void visitState(Visitor& visit)
+    {
+        const std::uint64_t total = totalBytes();
+        visit.upTo(count_, kMaxNodes);
+        for (MemoryNode& node : nodes_) {
+            visit(node.firstPage, node.pages, node.free);
+        }
+        visit.check(isWhole(total));
+    }
+
 private:
     static constexpr std::uint32_t pagesFor(std::uint64_t bytes)
     {
         return static_cast<std::uint32_t>(bytes / kPageSize);
+    }
+
+    /// Whether the nodes make up a memory of so many bytes.
+    constexpr bool isWhole(std::uint64_t bytes) const
+    {
+        if (count_ == 0 || count_ > kMaxNodes) {
+            return false;
+        }
+        std::uint64_t page = 0;
+        for (const MemoryNode& node : nodes()) {
+            if (node.firstPage != page || node.pages == 0) {
+                return false;
+            }
+            page += node.pages;
+        }
+        return page * kPageSize == bytes;
     }
 
     /// Leaves `pages` in a node and puts the rest into a free one behind it.

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "serial/crc32.h"
+#include "crc32.h"
 #include "vek.h"
 
 namespace vek

@@ -1,6 +1,6 @@
 #include "serial/frame.h"
 
-#include "serial/crc32.h"
+#include "crc32.h"
 
 namespace vek
 {

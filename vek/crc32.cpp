@@ -1,4 +1,4 @@
-#include "serial/crc32.h"
+#include "crc32.h"
 
 #include <array>
 

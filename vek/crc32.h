@@ -1,5 +1,5 @@
-#ifndef VEK_SERIAL_CRC32_H
-#define VEK_SERIAL_CRC32_H
+#ifndef VEK_CRC32_H
+#define VEK_CRC32_H
 
 #include <cstdint>
 #include <span>
