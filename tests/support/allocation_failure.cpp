@@ -4,7 +4,9 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <new>
+#include <optional>
 
 // The linker's --wrap gives these names: calls of calloc() arrive at __wrap_calloc(), and __real_calloc() is calloc()
 // itself; the same with malloc().
@@ -22,11 +24,22 @@ namespace
 
 std::size_t smallestRefusedRequest = SIZE_MAX;
 std::size_t largestRequest = 0;
+int requestsToRefusal = 0;  // 0 when none is to be refused by its number, below 0 once one has been
+std::optional<unsigned char> fill;
+
+bool isRefusedByNumber()
+{
+    if (requestsToRefusal <= 0 || --requestsToRefusal > 0) {
+        return false;
+    }
+    requestsToRefusal = -1;
+    return true;
+}
 
 bool refuses(std::size_t request)
 {
     largestRequest = std::max(largestRequest, request);
-    if (request >= smallestRefusedRequest) {
+    if (isRefusedByNumber() || request >= smallestRefusedRequest) {
         errno = ENOMEM;
         return true;
     }
@@ -39,7 +52,14 @@ bool refuses(std::size_t request)
 
 void* __wrap_malloc(std::size_t size)
 {
-    return refuses(size) ? nullptr : __real_malloc(size);
+    if (refuses(size)) {
+        return nullptr;
+    }
+    void* memory = __real_malloc(size);
+    if (fill && memory != nullptr) {
+        std::memset(memory, *fill, size);
+    }
+    return memory;
 }
 
 void* __wrap_calloc(std::size_t count, std::size_t size)
@@ -84,6 +104,31 @@ AllocationFailure::AllocationFailure(std::size_t smallestRefused)
 AllocationFailure::~AllocationFailure()
 {
     smallestRefusedRequest = SIZE_MAX;
+}
+
+RefusedAllocation::RefusedAllocation(int number)
+{
+    requestsToRefusal = number;
+}
+
+RefusedAllocation::~RefusedAllocation()
+{
+    requestsToRefusal = 0;
+}
+
+bool RefusedAllocation::happened()
+{
+    return requestsToRefusal < 0;
+}
+
+AllocationFill::AllocationFill(unsigned char byte)
+{
+    fill = byte;
+}
+
+AllocationFill::~AllocationFill()
+{
+    fill.reset();
 }
 
 std::size_t takeLargestRequest()

@@ -22,6 +22,29 @@ public:
     AllocationFailure& operator=(const AllocationFailure&) = delete;
 };
 
+/** While it lives, malloc() and calloc() refuse one request, the first of its life being number 1. */
+class RefusedAllocation
+{
+public:
+    explicit RefusedAllocation(int number);
+    ~RefusedAllocation();
+    RefusedAllocation(const RefusedAllocation&) = delete;
+    RefusedAllocation& operator=(const RefusedAllocation&) = delete;
+
+    /** Whether that many requests have come. */
+    static bool happened();
+};
+
+/** While it lives, the memory that malloc() gives is full of a byte: what reads it uninitialised shows. */
+class AllocationFill
+{
+public:
+    explicit AllocationFill(unsigned char byte);
+    ~AllocationFill();
+    AllocationFill(const AllocationFill&) = delete;
+    AllocationFill& operator=(const AllocationFill&) = delete;
+};
+
 /** The largest request, in bytes, that reached malloc() or calloc() since the last look. */
 std::size_t takeLargestRequest();
 

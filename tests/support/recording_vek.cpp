@@ -12,6 +12,7 @@
 #include <iterator>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -53,6 +54,8 @@ struct Settings {
     unsigned int device_id = VEK_DEVICE_QZ201;
     std::map<std::string, int, std::less<>> results;
     std::map<std::pair<std::string, int>, int> results_on_call;
+    std::map<std::pair<std::string, int>, Delivery> deliveries_on_call;
+    std::set<std::string, std::less<>> null_texts;
     std::unique_ptr<std::FILE, FileCloser> log;
 };
 
@@ -117,6 +120,15 @@ State& state()
 {
     static State instance;
     return instance;
+}
+
+/** What is set for the outputs of the call that this thread is in. */
+thread_local std::optional<Delivery> set_delivery;
+
+/** Whether the call delivers its outputs. */
+bool delivers(int result)
+{
+    return set_delivery ? *set_delivery == Delivery::kAlways : result >= 0;
 }
 
 /** Keeps a collector thread from being cancelled while it holds the lock or is half through a line. */
@@ -199,6 +211,8 @@ std::optional<int> enterCall(const std::string& name, std::string line)
     now.calls.push_back(std::move(line));
     const int number = ++now.call_counts[name];
     now.changed.notify_all();
+    const auto delivery = now.settings.deliveries_on_call.find({name, number});
+    set_delivery = delivery == now.settings.deliveries_on_call.end() ? std::nullopt : std::optional(delivery->second);
     const auto on_call = now.settings.results_on_call.find({name, number});
     if (on_call != now.settings.results_on_call.end()) {
         return on_call->second;
@@ -231,7 +245,7 @@ int answer(const char* name, Arguments... arguments)
 template <typename Value>
 void deliver(int result, Value* cell, Value value)
 {
-    if (result >= 0 && cell != nullptr) {
+    if (delivers(result) && cell != nullptr) {
         *cell = value;
     }
 }
@@ -258,7 +272,7 @@ template <typename Item, typename Address, typename... Others>
 int writeItem(const char* name, SparseMemory& memory, Item value, Address address, Others... others)
 {
     const int result = answer(name, others..., address, value);
-    if (result >= 0) {
+    if (delivers(result)) {
         memory.poke(address, value);
     }
     return result;
@@ -266,21 +280,21 @@ int writeItem(const char* name, SparseMemory& memory, Item value, Address addres
 
 void deliverBytes(int result, const SparseMemory& memory, std::uint64_t address, std::uint8_t* buffer, int count)
 {
-    for (int i = 0; result >= 0 && buffer != nullptr && i < count; ++i) {
+    for (int i = 0; delivers(result) && buffer != nullptr && i < count; ++i) {
         buffer[i] = memory.peek<std::uint8_t>(address + static_cast<std::uint64_t>(i));
     }
 }
 
 void storeBytes(int result, SparseMemory& memory, std::uint64_t address, const std::uint8_t* buffer, int count)
 {
-    for (int i = 0; result >= 0 && buffer != nullptr && i < count; ++i) {
+    for (int i = 0; delivers(result) && buffer != nullptr && i < count; ++i) {
         memory.poke(address + static_cast<std::uint64_t>(i), buffer[i]);
     }
 }
 
 void deliverMode(int result, VekDisplayMode* mode)
 {
-    if (result < 0 || mode == nullptr) {
+    if (!delivers(result) || mode == nullptr) {
         return;
     }
     const std::int32_t flags = mode->flags;
@@ -296,10 +310,13 @@ int valueOr(const std::map<int, int>& values, int key, int otherwise)
     return found == values.end() ? otherwise : found->second;
 }
 
-/** The text set for a number, else one made of a word and the number. The pointer holds until
-    the same is asked for again, or until reset(). */
-const char* textFor(const std::map<int, std::string>& texts, const char* word, int number)
+/** The text set for a number, else one made of a word and the number; null where the function is to answer so. The
+    pointer holds until the same is asked for again, or until reset(). */
+const char* textFor(const char* function, const std::map<int, std::string>& texts, const char* word, int number)
 {
+    if (state().settings.null_texts.contains(function)) {
+        return nullptr;
+    }
     const auto found = texts.find(number);
     std::string& kept = state().texts[{word, number}];
     kept = found == texts.end() ? std::string(word) + ' ' + std::to_string(number) : found->second;
@@ -340,7 +357,10 @@ void SparseMemory::pokeBytes(std::uint64_t address, const std::vector<std::uint8
 std::uint8_t SparseMemory::byteAt(std::uint64_t address) const
 {
     const auto found = bytes_.find(address);
-    return found == bytes_.end() ? std::uint8_t{0} : found->second;
+    if (found != bytes_.end()) {
+        return found->second;
+    }
+    return showsPattern_ ? static_cast<std::uint8_t>(address % 255 + 1) : std::uint8_t{0};
 }
 
 void reset()
@@ -406,6 +426,16 @@ void setResult(const std::string& name, int result)
 void setResultOnCall(const std::string& name, int number, int result)
 {
     state().settings.results_on_call[{name, number}] = result;
+}
+
+void setDeliveryOnCall(const std::string& name, int number, Delivery delivery)
+{
+    state().settings.deliveries_on_call[{name, number}] = delivery;
+}
+
+void setNullText(const std::string& name)
+{
+    state().settings.null_texts.insert(name);
 }
 
 void setMode(int mode)
@@ -562,7 +592,7 @@ int vekQueryInt(int item, int* value, int card)
 int vekQueryInfo(const char* keyword, char* report)
 {
     const int result = answer(__func__, keyword);
-    if (result >= 0 && report != nullptr) {
+    if (delivers(result) && report != nullptr) {
         const std::string& text = outputs().query_report;
         const std::size_t size = std::min<std::size_t>(text.size() + 1, VEK_QUERY_REPORT_SIZE);
         std::memcpy(report, text.c_str(), size);
@@ -657,7 +687,7 @@ int vekVramWriteQuad(uint64_t address, uint64_t value)
 int vekMultiVramReadLong(uint32_t* buffer, uint64_t address, int count, const char* file)
 {
     const int result = answer(__func__, Buffer{buffer}, address, count, file);
-    for (int i = 0; result >= 0 && buffer != nullptr && i < count; ++i) {
+    for (int i = 0; delivers(result) && buffer != nullptr && i < count; ++i) {
         buffer[i] = videoMemory().peek<uint32_t>(address + 4 * static_cast<uint64_t>(i));
     }
     return result;
@@ -667,7 +697,7 @@ int vekMultVramWriteLong(uint32_t value, uint64_t address, int count, const char
 {
     const int result = answer(__func__, value, address, count, file);
     const int stored = file == nullptr ? std::min(count, kLongestRun) : 0;
-    for (int i = 0; result >= 0 && i < stored; ++i) {
+    for (int i = 0; delivers(result) && i < stored; ++i) {
         videoMemory().poke(address + 4 * static_cast<uint64_t>(i), value);
     }
     return result;
@@ -795,7 +825,7 @@ int vekPciRead(int32_t offset, uint32_t* value)
 int vekPciWrite(int32_t offset, uint32_t value)
 {
     const int result = answer(__func__, offset, value);
-    if (result >= 0) {
+    if (delivers(result)) {
         pci()[offset] = value;
     }
     return result;
@@ -820,7 +850,7 @@ int vekI2cWrite(int channel, uint32_t device, uint32_t sub_address, int count, c
 const char* vekI2cErrString(int error)
 {
     record(__func__, error);
-    return textFor(outputs().i2c_error_texts, "error", error);
+    return textFor(__func__, outputs().i2c_error_texts, "error", error);
 }
 
 // ---- DDC and EDID
@@ -952,7 +982,7 @@ int vekDpAuxWrite(int channel, uint32_t address, uint8_t value)
 int vekDpAuxEdidGet(int channel, uint8_t* buffer, int* length)
 {
     const int result = answer(__func__, channel);
-    if (result >= 0 && buffer != nullptr) {
+    if (delivers(result) && buffer != nullptr) {
         const std::vector<uint8_t>& edid = outputs().edid;
         std::copy_n(edid.begin(), std::min<std::size_t>(edid.size(), VEK_EDID_BUFFER_SIZE), buffer);
     }
@@ -1193,7 +1223,7 @@ int vekPowerSetState(int power_state)
 const char* vekPowerStateName(int power_state)
 {
     record(__func__, power_state);
-    return textFor(outputs().power_state_names, "state", power_state);
+    return textFor(__func__, outputs().power_state_names, "state", power_state);
 }
 
 int vekFanSetRate(int rate)

@@ -8,7 +8,8 @@
  * - null texts and null buffers as "null", other buffers that the caller fills, or may leave out, as "buffer";
  * - pointers that only receive results are left out.
  *
- * A call answers 0, or what setResult() or setResultOnCall() ask for. A negative answer leaves all outputs untouched.
+ * A call answers 0, or what setResult() or setResultOnCall() ask for. A negative answer leaves all outputs untouched,
+ * unless setDeliveryOnCall() asks for another.
  * Nothing is printed, and no file is read or written.
  *
  * Built as the shared library libutil_vek.so the same source serves tests of the finished program, which steer it with
@@ -38,7 +39,8 @@
 namespace recording_vek
 {
 
-/** Byte-addressed memory that holds what has been written; all other bytes read 0. Items are little-endian. */
+/** Byte-addressed memory that holds what has been written; all other bytes read 0, or what a pattern makes of their
+    addresses. Items are little-endian. */
 class SparseMemory
 {
 public:
@@ -53,6 +55,9 @@ public:
 
     /** Stores consecutive bytes. */
     void pokeBytes(std::uint64_t address, const std::vector<std::uint8_t>& bytes);
+
+    /** Has the bytes that have not been written read as their addresses do modulo 255, plus 1: none of them 0. */
+    void showPattern() { showsPattern_ = true; }
 
     /** Reads an item of the width of its type. */
     template <typename Item>
@@ -72,6 +77,7 @@ private:
     std::uint8_t byteAt(std::uint64_t address) const;
 
     std::map<std::uint64_t, std::uint8_t> bytes_;
+    bool showsPattern_ = false;
 };
 
 /** What the functions deliver besides their result; a test sets the fields that it needs. */
@@ -159,6 +165,15 @@ void setResult(const std::string& name, int result);
 
 /** Sets the result of one call of a function, the first since reset() being number 1; stronger than setResult(). */
 void setResultOnCall(const std::string& name, int number, int result);
+
+/** What becomes of the outputs of a call, whatever it answers. */
+enum class Delivery { kNever, kAlways };
+
+/** Sets what becomes of the outputs of one call of a function, the first since reset() being number 1. */
+void setDeliveryOnCall(const std::string& name, int number, Delivery delivery);
+
+/** Has a function that answers with a text answer with none. */
+void setNullText(const std::string& name);
 
 /** Sets the result of get_s_type(); 0 after reset(). */
 void setMode(int mode);
