@@ -6,6 +6,8 @@
 
 #include <cerrno>
 
+#include "guarded_open.h"
+
 namespace vek
 {
 namespace
@@ -34,7 +36,7 @@ int blocking(int descriptor)
 
 int openRegular(const char* name)
 {
-    const int descriptor = ::open(name, O_RDONLY | kOpenFlags);
+    const int descriptor = guarded::open(name, O_RDONLY | kOpenFlags, 0);
     if (descriptor < 0) {
         return -1;
     }
@@ -51,7 +53,7 @@ int openRegular(const char* name)
 
 int create(const char* name)
 {
-    const int descriptor = ::open(name, O_WRONLY | O_CREAT | O_TRUNC | kOpenFlags, kNewFileMode);
+    const int descriptor = guarded::open(name, O_WRONLY | O_CREAT | O_TRUNC | kOpenFlags, kNewFileMode);
     if (descriptor < 0) {
         return -1;
     }

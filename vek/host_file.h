@@ -7,7 +7,7 @@ namespace vek
 {
 
 /// An open file of the host, closed at the end of its scope. Nothing here waits for another program, whatever the name
-/// turns out to be.
+/// turns out to be, and links that a stranger may have laid are not followed (guarded_open.h).
 class HostFile
 {
 public:

@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "guarded_open.h"
+
 namespace
 {
 
@@ -15,7 +17,7 @@ namespace
 int openWithoutWaiting(const char* name, int flags)
 {
     constexpr mode_t kNewFileMode = 0666;
-    return open(name, flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kNewFileMode);
+    return guarded::open(name, flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kNewFileMode);
 }
 
 int closeKeepingErrno(int descriptor)
