@@ -45,6 +45,9 @@ public:
     /// may be another stretch after every access that the space was asked for.
     const PlainMemory& plainMemory() const { return plainMemory_; }
 
+    /// From now on the space has to be asked, until it sets another stretch.
+    void withdrawPlainMemory() { plainMemory_ = {}; }
+
 protected:
     constexpr AddressSpace() = default;
     ~AddressSpace() = default;

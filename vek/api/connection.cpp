@@ -58,9 +58,9 @@ using vek::openPath;
 
 int vekRwOpen(int card)
 {
-    const vek::AccessPath* path = vek::driverPath(card);
-    if (path == nullptr) {
-        return VEK_NO_RESPONSE;
+    const auto [result, path] = vek::openDriverPath(card);
+    if (result != VEK_OK) {
+        return result;
     }
     vek::setOpenPath(path);
     vek::closeMemPath();

@@ -126,7 +126,7 @@ private:
     int hosts_ = -1;
 };
 
-int serveOnPty(const BoardOptions& options, int signals)
+int serveOnPty(const BoardOptions& options, const AccessPath& card, int signals)
 {
     PtyPort port;
     if (!port.make(!options.once)) {
@@ -135,19 +135,19 @@ int serveOnPty(const BoardOptions& options, int signals)
     std::puts(port.name());
     std::fflush(stdout);
     PortSink sink(port);
-    BoardEnd board(*driverPath(options.card), sink);
+    BoardEnd board(card, sink);
     serve(port, board, signals);
     return EXIT_SUCCESS;
 }
 
-int serveOnTty(const BoardOptions& options, int signals)
+int serveOnTty(const BoardOptions& options, const AccessPath& card, int signals)
 {
     TtyPort port;
     if (port.open(options.tty, options.baudRate) != VEK_OK) {
         return report(options.tty);
     }
     PortSink sink(port);
-    BoardEnd board(*driverPath(options.card), sink);
+    BoardEnd board(card, sink);
     while (serve(port, board, signals) == Ending::kHangUp && !options.once) {
         do {
             port.close();
@@ -166,7 +166,12 @@ int run(const BoardOptions& options)
     if (signals < 0) {
         return report("signals");
     }
-    return options.tty == nullptr ? serveOnPty(options, signals) : serveOnTty(options, signals);
+    const auto [result, card] = openDriverPath(options.card);
+    if (result != VEK_OK) {
+        std::fprintf(stderr, "vek_board: card %d cannot be opened (%d)\n", options.card, result);
+        return EXIT_FAILURE;
+    }
+    return options.tty == nullptr ? serveOnPty(options, *card, signals) : serveOnTty(options, *card, signals);
 }
 
 }  // namespace

@@ -24,6 +24,11 @@ unsigned char* mapHostPages(std::uint64_t size)
     return static_cast<unsigned char*>(base);
 }
 
+void unmapHostPages(unsigned char* base, std::uint64_t size)
+{
+    munmap(base, size);
+}
+
 void expectWholeWrite(unsigned char* start, std::uint64_t size)
 {
     const std::uintptr_t past = reinterpret_cast<std::uintptr_t>(start) & (kHugePage - 1);

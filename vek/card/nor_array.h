@@ -1,7 +1,6 @@
 #ifndef VEK_CARD_NOR_ARRAY_H
 #define VEK_CARD_NOR_ARRAY_H
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <span>
@@ -42,17 +41,12 @@ public:
     void visitState(Visitor& visit)
     {
         visit(programmed_);
-        visit.check(base_ != nullptr || isErased());
     }
 
 private:
     static constexpr std::uint32_t kSectors = spi_nor::kSize / spi_nor::kSectorSize;
     static constexpr std::uint32_t kWordBits = 64;
 
-    bool isErased() const
-    {
-        return std::all_of(programmed_.begin(), programmed_.end(), [](std::uint64_t word) { return word == 0; });
-    }
     bool isProgrammed(std::uint32_t sector) const
     {
         return (programmed_[sector / kWordBits] >> sector % kWordBits & 1) != 0;

@@ -6,6 +6,7 @@
 
 #include "address_space.h"
 #include "aux_channel.h"
+#include "card_lock.h"
 #include "drivers/driver_core.h"
 #include "drivers/output_routing.h"
 #include "i2c_bus.h"
@@ -52,6 +53,16 @@ struct AccessPath {
     Channels<AddressSpace, 2> dpPhys = {};         ///< Register files of their PHYs.
     Channels<AddressSpace, 2> dpControllers = {};  ///< Register blocks of their controllers.
     AddressSpace* edpBacklight = nullptr;          ///< Registers of the eDP panel's backlight controller.
+
+    /// Whoever does several things to the card that belong together holds this meanwhile. Null when the card is this
+    /// program's alone, or lies where others cannot be kept away.
+    CardLock* lock = nullptr;
+};
+
+/// What a path could be opened to.
+struct OpenedPath {
+    int result;              ///< VEK_OK, or why there is no path
+    const AccessPath* path;  ///< has a meaning with VEK_OK only
 };
 
 }  // namespace vek

@@ -11,6 +11,7 @@
 #include "card/kernel_memory.h"
 #include "card/monitor_edids.h"
 #include "card/simulated_card.h"
+#include "state/kept_path.h"
 
 namespace vek
 {
@@ -159,6 +160,15 @@ constexpr AccessPath pathTo(int index, const ChipFacts& chip, SimulatedCard& car
 constinit const std::array<AccessPath, kDriverCards> driverPaths{pathTo(0, kQz201, firstCard, firstDriver),
                                                                  pathTo(1, kQz202, secondCard, secondDriver)};
 
+// Of the cards that keep their state, those that have been opened.
+constinit std::array<const AccessPath*, kDriverCards> keptPaths{};
+
+KeptCard keptCard(int index)
+{
+    return index == 0 ? KeptCard{index, firstCard, firstDriver, kQz201.deviceId}
+                      : KeptCard{index, secondCard, secondDriver, kQz202.deviceId};
+}
+
 }  // namespace
 
 const AccessPath* driverPath(int card)
@@ -167,6 +177,24 @@ const AccessPath* driverPath(int card)
         return nullptr;
     }
     return &driverPaths[static_cast<std::size_t>(card)];
+}
+
+OpenedPath openDriverPath(int card)
+{
+    const AccessPath* path = driverPath(card);
+    if (path == nullptr) {
+        return {VEK_NO_RESPONSE, nullptr};
+    }
+    const AccessPath*& kept = keptPaths[static_cast<std::size_t>(card)];
+    const char* folder = kept == nullptr ? stateFolder() : nullptr;
+    if (folder != nullptr) {
+        const OpenedPath opened = keepPath(*path, keptCard(card), folder);
+        if (opened.result != VEK_OK) {
+            return opened;
+        }
+        kept = opened.path;
+    }
+    return {VEK_OK, kept == nullptr ? path : kept};
 }
 
 }  // namespace vek

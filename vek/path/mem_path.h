@@ -14,12 +14,6 @@ struct PhysicalRange {
     std::uint64_t size;   ///< bytes; 0 leaves it out
 };
 
-/// What a path could be opened to.
-struct OpenedPath {
-    int result;              ///< VEK_OK, or why there is no path
-    const AccessPath* path;  ///< has a meaning with VEK_OK only
-};
-
 /// Maps the register region and the video memory of a card through /dev/mem, or through the file that the environment
 /// variable VEK_MEM_DEVICE names; that is heeded only by a program that has no more rights than whoever started it.
 /// A mapping made before is given up on success only. At least one range must not be empty.
