@@ -7,7 +7,9 @@ add_library(tovira_settings INTERFACE)
 target_include_directories(tovira_settings INTERFACE ${PROJECT_SOURCE_DIR}/include)
 target_compile_definitions(tovira_settings INTERFACE _GNU_SOURCE)
 target_compile_options(tovira_settings INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
+    # Under these names clang looks for more than GCC does.
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion;-Wno-missing-braces>)
 
 if(TOVIRA_SANITIZE)
     target_compile_options(tovira_settings INTERFACE

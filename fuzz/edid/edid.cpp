@@ -1,11 +1,12 @@
-// libFuzzer target of the EDID decoder: any bytes must be decoded to an end, and what is said of them must fit
-// together.
+// The EDID decoder: any bytes must be decoded to an end, and what is said of them must fit together.
 
 #include <cstdio>
-#include <cstdlib>
 #include <span>
 
 #include "drivers/edid/edid.h"
+#include "support/require.h"
+
+using fuzz::require;
 
 namespace
 {
@@ -14,13 +15,6 @@ std::FILE* sink()
 {
     static std::FILE* const kSink = std::fopen("/dev/null", "w");
     return kSink;
-}
-
-void require(bool holds)
-{
-    if (!holds) {
-        std::abort();
-    }
 }
 
 void checkMode(std::span<const std::uint8_t> edid)
