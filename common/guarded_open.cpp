@@ -101,7 +101,8 @@ int Way::open(int flags, mode_t mode)
         splitPath();
         if (isLast_) {
             const int opened = openLast(flags, mode);
-            if (opened >= 0 || errno != ELOOP || (flags & O_NOFOLLOW) != 0) {
+            const bool mayBeLink = errno == ELOOP || (asFolder_ && errno == ENOTDIR);
+            if (opened >= 0 || !mayBeLink || (flags & O_NOFOLLOW) != 0) {
                 return opened;
             }
         }
@@ -136,9 +137,9 @@ Way::Step Way::stepOn(int flags, mode_t mode, int& opened)
         return step;
     }
     if (isLast_) {
-        // What was a link a moment ago is none any more.
+        // No folder; or what was a link a moment ago is none any more.
         close(place);
-        errno = EAGAIN;
+        errno = asFolder_ ? ENOTDIR : EAGAIN;
         return Step::kFailed;
     }
     memmove(path_, rest_, strlen(rest_) + 1);
@@ -225,8 +226,13 @@ void Way::leaveFolder()
 
 int open(const char* name, int flags, mode_t mode)
 {
-    Way way;
-    return way.begin(name) ? way.open(flags, mode) : -1;
+    int opened = -1;
+    // A file system of another process or machine may be interrupted while it looks for the file.
+    do {
+        Way way;
+        opened = way.begin(name) ? way.open(flags, mode) : -1;
+    } while (opened < 0 && errno == EINTR);
+    return opened;
 }
 
 }  // namespace guarded
