@@ -20,6 +20,12 @@ namespace
 constexpr long kNanosecondsBetweenSamples = 100'000'000;
 constexpr int kMostSamples = 10;
 
+/// An AXI monitor with the lock of its card.
+struct WatchedMonitor {
+    AddressSpace* registers;
+    CardLock* lock;
+};
+
 /// The AXI monitor of the card that a path leads to, null when it is not that of the chip wanted.
 AddressSpace* monitorOf(const AccessPath* path, unsigned deviceId)
 {
@@ -40,8 +46,15 @@ bool appendSample(int file, const AxiSample& sample)
     return appendLines(file, formatAxiSample(sample, now, text));
 }
 
+/// Takes a sample while nobody else latches another one.
+int takeWholeSample(const WatchedMonitor& monitor, AxiSample& sample)
+{
+    const CardHold hold(monitor.lock);
+    return takeAxiSample(*monitor.registers, sample);
+}
+
 /// Appends samples of a run while it goes on, and the last one of a run that is over.
-int collectRun(AddressSpace& monitor, int file)
+int collectRun(const WatchedMonitor& monitor, int file)
 {
     if (!appendLines(file, kAxiDataHeader)) {
         return VEK_IO_ERROR;
@@ -51,7 +64,7 @@ int collectRun(AddressSpace& monitor, int file)
             sleepBetweenSamples();
         }
         AxiSample sample;
-        const int result = takeAxiSample(monitor, sample);
+        const int result = takeWholeSample(monitor, sample);
         if (result != VEK_OK) {
             return result;
         }
@@ -67,10 +80,10 @@ int collectRun(AddressSpace& monitor, int file)
 
 /// Appends the counts of each span that has ended since the last look, or of the last one if there were several.
 /// Returns whether more can be collected.
-bool collectSpan(AddressSpace& monitor, int file, std::uint64_t& sequence)
+bool collectSpan(const WatchedMonitor& monitor, int file, std::uint64_t& sequence)
 {
     AxiSample sample;
-    if (takeAxiSample(monitor, sample) != VEK_OK) {
+    if (takeWholeSample(monitor, sample) != VEK_OK) {
         return false;
     }
     if (sample.sequence == sequence) {
@@ -87,7 +100,7 @@ void closeFile(void* descriptor)
 
 /// Collects as long as it can. The thread comes with cancellation disabled; it takes effect between two samples only,
 /// so the file holds complete lines then, and what lies on the stack needs no destructors.
-void collectSpans(AddressSpace& monitor, int file, int cancelState)
+void collectSpans(const WatchedMonitor& monitor, int file, int cancelState)
 {
     std::uint64_t sequence = 0;
     bool collecting = appendLines(file, kAxiDataHeader);
@@ -100,7 +113,7 @@ void collectSpans(AddressSpace& monitor, int file, int cancelState)
 }
 
 /// Collects until the thread is cancelled, with the cancellation state that it had before, and closes the file.
-void collectSpansAndClose(AddressSpace& monitor, int file, int cancelState)
+void collectSpansAndClose(const WatchedMonitor& monitor, int file, int cancelState)
 {
     pthread_cleanup_push(closeFile, &file);
     collectSpans(monitor, file, cancelState);
@@ -123,7 +136,7 @@ int vekMonitorAxiTrans_QZ201()
     if (file < 0) {
         return VEK_IO_ERROR;
     }
-    const int result = vek::collectRun(*monitor, file);
+    const int result = vek::collectRun({monitor, vek::openCardLock()}, file);
     return close(file) == 0 ? result : VEK_IO_ERROR;
 }
 
@@ -131,10 +144,11 @@ void* vek_thread_qz202monitor(void* folder_name)
 {
     int cancelState = PTHREAD_CANCEL_ENABLE;
     pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState);
-    vek::AddressSpace* monitor = vek::monitorOf(vek::openPathFromAnyThread(), VEK_DEVICE_QZ202);
+    const vek::AccessPath* path = vek::openPathFromAnyThread();
+    vek::AddressSpace* monitor = vek::monitorOf(path, VEK_DEVICE_QZ202);
     const int file = monitor == nullptr ? -1 : vek::openAxiDataIn(static_cast<const char*>(folder_name));
     if (file >= 0) {
-        vek::collectSpansAndClose(*monitor, file, cancelState);
+        vek::collectSpansAndClose({monitor, path->lock}, file, cancelState);
     }
     pthread_setcancelstate(cancelState, nullptr);
     return nullptr;

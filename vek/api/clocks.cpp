@@ -40,6 +40,7 @@ int vek_qz200_get_freq(int domain)
     if (found != VEK_OK) {
         return found;
     }
+    const vek::CardHold hold(vek::openCardLock());
     vek::Rate rate = vek::kNoClock;
     const int result = vek::ClockDriver(*registers).readRate(domain, rate);
     return result == VEK_OK ? static_cast<int>(rate.megahertz()) : result;
@@ -57,11 +58,13 @@ int vek_qz200_pllcalc(int reference_khz, int mode, uint32_t wanted_khz, uint32_t
 int vek_qz200_set_clk_freq(int domain, uint32_t setting)
 {
     const auto [found, registers] = vek::findClocks();
+    const vek::CardHold hold(vek::openCardLock());
     return found == VEK_OK ? vek::ClockDriver(*registers).setPll(domain, setting) : found;
 }
 
 int vek_qz200_set_clk_mode(int mode, int source)
 {
     const auto [found, registers] = vek::findClocks();
+    const vek::CardHold hold(vek::openCardLock());
     return found == VEK_OK ? vek::ClockDriver(*registers).setMode(mode, source) : found;
 }

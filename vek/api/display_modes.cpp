@@ -38,6 +38,7 @@ int vekCrtcModeRead(int channel, VekDisplayMode* mode)
     if (found != VEK_OK) {
         return found;
     }
+    const vek::CardHold hold(vek::openCardLock());
     return mode == nullptr ? VEK_BAD_ARGUMENT : vek::controllerTiming(vek::openDisplays(), channel, *mode);
 }
 
@@ -69,12 +70,14 @@ int vekCrtcGammaSet(const char* setting)
         std::fprintf(stderr, "gamma: %s\n", fault);
         return VEK_BAD_ARGUMENT;
     }
+    const vek::CardHold hold(vek::openCardLock());
     return vek::programGammaTables(*vek::openPath->gammaTables[parsed.controller], parsed);
 }
 
 int vekVgaSetGain(uint8_t red, uint8_t green, uint8_t blue)
 {
     const auto [found, dac] = vek::findVgaDac();
+    const vek::CardHold hold(vek::openCardLock());
     return found == VEK_OK ? vek::setVgaGains(*dac, red, green, blue) : found;
 }
 

@@ -37,6 +37,7 @@ inline int readOutputTiming(DisplayOutput output, VekDisplayMode* mode)
     if (found != VEK_OK) {
         return found;
     }
+    const CardHold hold(openCardLock());
     return mode == nullptr ? VEK_BAD_ARGUMENT : outputTiming(openDisplays(), output, *mode);
 }
 

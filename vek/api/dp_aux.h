@@ -18,6 +18,7 @@ int withDpAux(int channel, Use use)
     if (found != VEK_OK) {
         return found;
     }
+    const CardHold hold(openCardLock());
     HostPause pause;
     AuxTransfer aux(*target, pause);
     return use(aux);

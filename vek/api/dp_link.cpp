@@ -32,6 +32,7 @@ int withOutput(int channel, Use use)
     if (foundPhy != VEK_OK || foundController != VEK_OK) {
         return foundPhy != VEK_OK ? foundPhy : foundController;
     }
+    const CardHold hold(openCardLock());
     HostPause pause;
     DpPhyDriver phy(*phyRegisters, pause);
     DpControllerDriver controller(*controllerRegisters);

@@ -16,6 +16,7 @@ int withBacklight(Use use)
     if (found != VEK_OK) {
         return found;
     }
+    const CardHold hold(openCardLock());
     EdpBacklightDriver backlight(*registers);
     return use(backlight);
 }

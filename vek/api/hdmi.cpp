@@ -31,6 +31,7 @@ int runOnPhy(int channel, int (HdmiPhyDriver::*operation)())
     if (result != VEK_OK) {
         return result;
     }
+    const CardHold hold(openCardLock());
     HdmiPhyDriver phy(*registers);
     return (phy.*operation)();
 }
@@ -41,6 +42,7 @@ int runOnPhy(int channel, int (HdmiPhyDriver::*operation)())
 int vekHdmiDDCInit(int channel)
 {
     const auto [result, ddc] = vek::findDdc(channel);
+    const vek::CardHold hold(vek::openCardLock());
     return result == VEK_OK ? vek::freeI2cBus(*ddc) : result;
 }
 
@@ -50,12 +52,14 @@ int vekHdmiDDCRead(int channel, uint8_t slave, uint8_t sub_address, uint8_t* val
     if (result != VEK_OK) {
         return result;
     }
+    const vek::CardHold hold(vek::openCardLock());
     return value == nullptr ? VEK_BAD_ARGUMENT : vek::readI2c(*ddc, slave, sub_address, {value, 1});
 }
 
 int vekHdmiDDCWrite(int channel, uint8_t slave, uint8_t sub_address, uint8_t value)
 {
     const auto [result, ddc] = vek::findDdc(channel);
+    const vek::CardHold hold(vek::openCardLock());
     return result == VEK_OK ? vek::writeI2c(*ddc, slave, sub_address, {&value, 1}) : result;
 }
 

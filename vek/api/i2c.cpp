@@ -42,6 +42,7 @@ int vekI2cRead(int channel, uint32_t device, uint32_t sub_address, int count, ui
     if (!describesBuffer(count, data)) {
         return VEK_BAD_ARGUMENT;
     }
+    const vek::CardHold hold(vek::openCardLock());
     return vek::readI2c(*bus, device, sub_address, std::span(data, static_cast<std::size_t>(count)));
 }
 
@@ -54,6 +55,7 @@ int vekI2cWrite(int channel, uint32_t device, uint32_t sub_address, int count, c
     if (!describesBuffer(count, data)) {
         return VEK_BAD_ARGUMENT;
     }
+    const vek::CardHold hold(vek::openCardLock());
     return vek::writeI2c(*bus, device, sub_address, std::span(data, static_cast<std::size_t>(count)));
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "api/connection.h"
 #include "drivers/ddc_edid.h"
 #include "vek.h"
 
@@ -20,7 +21,10 @@ int fetchEdid(I2cBus& ddc)
 {
     EdidBuffer bytes;
     std::size_t length = 0;
-    const int result = readEdid(ddc, bytes, length);
+    const int result = [&] {
+        const CardHold hold(openCardLock());
+        return readEdid(ddc, bytes, length);
+    }();
     if (result == VEK_OK) {
         std::copy_n(bytes.begin(), length, lastBytes.begin());
         lastLength = length;

@@ -23,6 +23,7 @@ int runOnPower(int (PowerDriver::*operation)(int), int number)
     if (found != VEK_OK) {
         return found;
     }
+    const CardHold hold(openCardLock());
     PowerDriver power(*registers);
     return (power.*operation)(number);
 }
@@ -74,5 +75,5 @@ int tovira_func(char* text, int /*repeat*/)
     if (found != VEK_OK) {
         return found;
     }
-    return text == nullptr ? VEK_BAD_ARGUMENT : vek::runFeatureCommand(*registers, text, stdout);
+    return text == nullptr ? VEK_BAD_ARGUMENT : vek::runFeatureCommand(*registers, text, stdout, vek::openCardLock());
 }

@@ -24,6 +24,7 @@ int measureInto(const std::array<float*, Count>& cells, int channel, Measure mea
             return VEK_BAD_ARGUMENT;
         }
     }
+    const vek::CardHold hold(vek::openCardLock());
     vek::HostPause pause;
     std::array<float, Count> values{};
     const int result = measure(*bus, pause, values);

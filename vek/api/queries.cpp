@@ -78,6 +78,7 @@ int vekQueryInt(int item, int* value, int card)
 
 int vekQueryInfo(const char* keyword, char* report)
 {
+    const vek::CardHold hold(vek::openCardLock());
     const auto [found, core] = vek::findDriver();
     if (found != VEK_OK) {
         return found;

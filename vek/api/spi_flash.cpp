@@ -32,7 +32,7 @@ int withFlash(bool argumentsGood, Use use)
         return VEK_BAD_ARGUMENT;
     }
     vek::HostPause pause;
-    vek::SpiFlash flash(*vek::openPath->spi, pause);
+    vek::SpiFlash flash(*vek::openPath->spi, pause, vek::openCardLock());
     return use(flash);
 }
 

@@ -1,6 +1,7 @@
 #include <cinttypes>
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 
 #include "api/driver_core.h"
 #include "drivers/video_memory.h"
@@ -57,6 +58,7 @@ int vekRvtcoreVer(int* major, int* minor, int* third, int* fourth)
 
 int vekInfoRead(gpu_info* info)
 {
+    const vek::CardHold hold(vek::openCardLock());
     const auto [found, core] = vek::findDriver();
     if (found != VEK_OK) {
         return found;
@@ -72,9 +74,15 @@ int vekInfoRead(gpu_info* info)
 
 int vekDumpVramFree()
 {
-    const auto [found, core] = vek::findDriver();
-    if (found == VEK_OK) {
-        vek::printFreeNodes(stdout, core->memory());
+    std::optional<vek::VideoMemory> memory;
+    {
+        const vek::CardHold hold(vek::openCardLock());
+        const auto [found, core] = vek::findDriver();
+        if (found != VEK_OK) {
+            return found;
+        }
+        memory = core->memory();
     }
-    return found;
+    vek::printFreeNodes(stdout, *memory);
+    return VEK_OK;
 }

@@ -29,6 +29,7 @@ int runOnPort(int id, int (ZoomVideoPort::*operation)())
     if (found != VEK_OK) {
         return found;
     }
+    const CardHold hold(openCardLock());
     ZoomVideoPort port(*registers, id);
     return (port.*operation)();
 }
@@ -46,6 +47,7 @@ int vekZoomVideoInit(int id, int i2c_channel, int i2c_sa, int layer)
     if (result != VEK_OK) {
         return result;
     }
+    const vek::CardHold hold(vek::openCardLock());
     return vek::ZoomVideoPort(*registers, id)
         .setUp(*bus, {.i2cChannel = i2c_channel, .iicsaLevel = i2c_sa, .layer = layer});
 }
@@ -56,6 +58,7 @@ int vekZoomVideoStart(int id, int x, int y, int w, int h, int cut_left, int zoom
     if (found != VEK_OK) {
         return found;
     }
+    const vek::CardHold hold(vek::openCardLock());
     return vek::ZoomVideoPort(*registers, id)
         .start({.x = x,
                 .y = y,
@@ -89,6 +92,7 @@ int vekZoomVideoGetParm(int id, int32_t* x, int32_t* y, int32_t* w, int32_t* h, 
             return VEK_BAD_ARGUMENT;
         }
     }
+    const vek::CardHold hold(vek::openCardLock());
     vek::ZoomVideoReport report{};
     const int result = vek::ZoomVideoPort(*registers, id).report(report);
     if (result != VEK_OK) {

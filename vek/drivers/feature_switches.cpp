@@ -69,8 +69,8 @@ std::uint32_t chosen(std::string_view word, std::span<const Name> names)
 class FeatureCommand
 {
 public:
-    FeatureCommand(AddressSpace& registers, std::string_view text, std::FILE* out)
-        : registers_(registers), words_(text), out_(out)
+    FeatureCommand(AddressSpace& registers, std::string_view text, std::FILE* out, CardLock* lock)
+        : registers_(registers), words_(text), out_(out), lock_(lock)
     {
     }
 
@@ -91,10 +91,12 @@ private:
     int readLong(std::uint64_t address, std::uint32_t& value);
     int writeLong(std::uint64_t address, std::uint32_t value);
     int open(std::uint32_t functions);
+    int clear();
 
     AddressSpace& registers_;
     Words words_;
     std::FILE* out_;
+    CardLock* lock_;
 };
 
 int FeatureCommand::readLong(std::uint64_t address, std::uint32_t& value)
@@ -113,9 +115,17 @@ int FeatureCommand::writeLong(std::uint64_t address, std::uint32_t value)
 
 int FeatureCommand::open(std::uint32_t functions)
 {
+    const CardHold hold(lock_);
     std::uint32_t present = 0;
     const int result = readLong(kFunctions, present);
     return result == VEK_OK ? writeLong(kFunctions, present | functions) : result;
+}
+
+int FeatureCommand::clear()
+{
+    const CardHold hold(lock_);
+    const int result = writeLong(kFunctions, 0);
+    return result == VEK_OK ? writeLong(kMultiGpu, 0) : result;
 }
 
 /// Prints a word that nothing knows; whatever it holds, it becomes part of one short line.
@@ -254,10 +264,7 @@ int FeatureCommand::printOpen()
 
 int FeatureCommand::closeAll()
 {
-    int result = writeLong(kFunctions, 0);
-    if (result == VEK_OK) {
-        result = writeLong(kMultiGpu, 0);
-    }
+    const int result = clear();
     if (result == VEK_OK) {
         std::fputs("func: all functions are closed\n", out_);
     }
@@ -291,9 +298,9 @@ int FeatureCommand::run()
 
 }  // namespace
 
-int runFeatureCommand(AddressSpace& registers, const char* text, std::FILE* out)
+int runFeatureCommand(AddressSpace& registers, const char* text, std::FILE* out, CardLock* lock)
 {
-    return FeatureCommand(registers, text, out).run();
+    return FeatureCommand(registers, text, out, lock).run();
 }
 
 }  // namespace vek

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "address_space.h"
+#include "card_lock.h"
 #include "vek.h"
 
 namespace vek
@@ -50,8 +51,10 @@ constexpr std::uint32_t kMultiGpuMask = kModeMask | 0x7 << kGpusShift;
 ///     func on                       what is open
 ///     func close                    closes everything
 ///
+/// `lock`, of the card if it has one, is held while switches are changed.
+///
 /// @return VEK_BAD_ARGUMENT for a word that it does not know, which it prints as such; what stands before it is done.
-int runFeatureCommand(AddressSpace& registers, const char* text, std::FILE* out);
+int runFeatureCommand(AddressSpace& registers, const char* text, std::FILE* out, CardLock* lock = nullptr);
 
 }  // namespace vek
 

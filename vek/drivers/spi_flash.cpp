@@ -169,6 +169,7 @@ int SpiFlash::identify()
 
 int SpiFlash::read(std::uint32_t address, std::span<std::uint8_t> data)
 {
+    const CardHold hold(lock_);
     const int result = identify();
     return result == VEK_OK ? readArray(address, data) : result;
 }
@@ -176,6 +177,7 @@ int SpiFlash::read(std::uint32_t address, std::span<std::uint8_t> data)
 /// Identifies the flash and makes sure that a range of it may be changed.
 int SpiFlash::prepareToChange(const Range& range)
 {
+    const CardHold hold(lock_);
     std::uint8_t status = 0;
     int result = identify();
     if (result == VEK_OK) {
@@ -200,6 +202,7 @@ int SpiFlash::writeCommand(std::span<const std::uint8_t> header, std::span<const
 
 int SpiFlash::eraseUnit(std::uint32_t address, std::uint32_t size)
 {
+    const CardHold hold(lock_);
     const Opcode opcode = size == kBlockSize ? Opcode::kEraseBlock : Opcode::kEraseSector;
     int result = writeCommand(addressed(opcode, address), {}, kErasePatience);
     std::array<std::uint8_t, kSectorSize> found;
@@ -227,6 +230,7 @@ int SpiFlash::erase(std::uint32_t address, std::uint32_t size)
 
 int SpiFlash::programPage(std::uint32_t address, std::span<const std::uint8_t> data)
 {
+    const CardHold hold(lock_);
     int result = VEK_OK;
     if (!all(data, kErased)) {
         result = writeCommand(addressed(Opcode::kPageProgram, address), data, kProgramPatience);
@@ -256,6 +260,7 @@ int SpiFlash::program(std::uint32_t address, std::span<const std::uint8_t> data)
 
 int SpiFlash::setBlockProtect(std::uint8_t bits)
 {
+    const CardHold hold(lock_);
     std::uint8_t status = 0;
     int result = identify();
     if (result == VEK_OK) {

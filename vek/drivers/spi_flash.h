@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 
+#include "card_lock.h"
 #include "drivers/polling.h"
 #include "drivers/spi_nor.h"
 #include "pause.h"
@@ -19,7 +20,9 @@ namespace vek
 class SpiFlash
 {
 public:
-    SpiFlash(SpiBus& bus, Pause& pause) : bus_(bus), pause_(pause) {}
+    /// `lock`, of the card if it has one, keeps others from the flash while a command or what belongs together goes on;
+    /// between the pages and units of a long change they get their turn.
+    SpiFlash(SpiBus& bus, Pause& pause, CardLock* lock = nullptr) : bus_(bus), pause_(pause), lock_(lock) {}
 
     /// Reads bytes, by one command.
     int read(std::uint32_t address, std::span<std::uint8_t> data);
@@ -59,6 +62,7 @@ private:
 
     SpiBus& bus_;
     Pause& pause_;
+    CardLock* lock_;
 };
 
 }  // namespace vek
