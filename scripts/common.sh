@@ -76,7 +76,7 @@ is_configured()
         grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$build/CMakeCache.txt"
 }
 
-# build_preset PRESET: leaves build/PRESET up to date.
+# build_preset PRESET [TARGET...]: leaves build/PRESET up to date, or these targets of it.
 build_preset()
 {
     if ! is_configured "$1"; then
@@ -84,5 +84,5 @@ build_preset()
         quietly "$1" cmake -S "$root" --fresh --preset "$1" || return
     fi
     say "building build/$1"
-    quietly "$1" cmake --build "$root/build/$1" -- --quiet
+    quietly "$1" cmake --build "$root/build/$1" ${2:+--target "${@:2}"} -- --quiet
 }

@@ -1,8 +1,8 @@
 // Keystrokes through the line editor, compared with a second reading of its rules: every line that it returns and every
-// byte that it prints. The first byte of the input says how many lines the history holds to begin with.
+// byte that it prints. The first byte of the input chooses how many lines have been typed before.
 
 #include <cstdint>
-#include <cstdio>
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -40,11 +40,16 @@ struct Follower {
 
 Follower* follower = nullptr;
 
+// Around the numbers at which the history is full and has wrapped.
+constexpr unsigned kLinesBefore[] = {0, 1, 3, 127, 128, 129, 130, 255};
+
 std::string typedLines(unsigned count)
 {
+    constexpr unsigned kLetters = 26;
     std::string keys;
     for (unsigned line = 0; line < count; ++line) {
-        keys += 'h' + std::to_string(line) + '\r';
+        keys += static_cast<char>('a' + line % kLetters);
+        keys += '\r';
     }
     return keys;
 }
@@ -71,7 +76,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size == 0) {
         return 0;
     }
-    const std::string typed = typedLines(data[0]) + std::string(reinterpret_cast<const char*>(data) + 1, size - 1);
+    const std::string typed = typedLines(kLinesBefore[data[0] % std::size(kLinesBefore)]) +
+                              std::string(reinterpret_cast<const char*>(data) + 1, size - 1);
     Follower here;
     follower = &here;
     const fuzz::Sandbox sandbox(typed, true);

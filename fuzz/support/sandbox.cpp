@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <string>
 
 #include "support/product_state.h"
 #include "support/require.h"
@@ -74,17 +75,19 @@ std::uint64_t waits = 0;
 std::array<Mapping, kMostMappings> mappings;
 std::size_t mappingCount = 0;
 int scratch = -1;
-char scratchName[] = "/tmp/fuzz-scratch-XXXXXX";
+std::string scratchName;
 
 void removeScratch()
 {
-    rmdir(scratchName);
+    rmdir(scratchName.c_str());
 }
 
 void makeScratch()
 {
-    fuzz::require(mkdtemp(scratchName) != nullptr);
-    scratch = __real_open(scratchName, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const char* const temporary = getenv("TMPDIR");
+    scratchName = std::string(temporary == nullptr ? "/tmp" : temporary) + "/fuzz-scratch-XXXXXX";
+    fuzz::require(mkdtemp(scratchName.data()) != nullptr);
+    scratch = __real_open(scratchName.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     fuzz::require(scratch >= 0);
     atexit(removeScratch);
 }
@@ -169,7 +172,7 @@ TypedText typedText;
 ssize_t readTyped(void* /*cookie*/, char* bytes, std::size_t size)
 {
     const std::size_t count = std::min(size, typedText.left);
-    memcpy(bytes, typedText.next, count);
+    std::copy_n(typedText.next, count, bytes);
     typedText.next += count;
     typedText.left -= count;
     return static_cast<ssize_t>(count);
