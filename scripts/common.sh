@@ -86,3 +86,15 @@ build_preset()
     say "building build/$1"
     quietly "$1" cmake --build "$root/build/$1" ${2:+--target "${@:2}"} -- --quiet
 }
+
+# product_commands BUILD: the compiler commands of the product's own targets, out of those of the configured folder BUILD;
+# tests may compile a source of the product once more.
+product_commands()
+{
+    awk '
+        /^{/ { entry = ""; ours = 0 }
+        / -o (src|vek)\// { ours = 1 }
+        { entry = entry "\n" $0 }
+        /^}/ && ours { sub(/,$/, "", entry); printf "%s%s", count++ ? "," : "[", entry }
+        END { print "\n]" }' "$1/compile_commands.json"
+}

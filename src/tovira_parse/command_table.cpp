@@ -555,7 +555,7 @@ constexpr std::size_t countNames()
 }
 
 // Every name and alias with its row: in the order of the names, and rows of one name in table order.
-constexpr auto kNamedRows = [] {
+constexpr auto kNamedRows = []() {
     std::array<NamedRow, countNames()> named{};
     std::size_t next = 0;
     for (int row = 0; row < static_cast<int>(std::size(kCmdRows)); ++row) {

@@ -16,7 +16,7 @@ struct ByteText {
 };
 
 /// The texts of all bytes.
-inline constexpr auto kByteTexts = [] {
+inline constexpr auto kByteTexts = []() {
     std::array<ByteText, 256> texts{};
     for (unsigned value = 0; value < texts.size(); ++value) {
         const bool printable = value >= 0x20 && value <= 0x7e;
