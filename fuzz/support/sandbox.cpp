@@ -232,11 +232,6 @@ Sandbox::~Sandbox()
     }
 }
 
-std::size_t Sandbox::typedLeft()
-{
-    return typedText.left;
-}
-
 std::string_view Sandbox::printed() const
 {
     fflush(output_);

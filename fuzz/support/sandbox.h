@@ -32,9 +32,6 @@ public:
     /// Puts a file into the scratch folder.
     static void addFile(const char* name, std::string_view contents);
 
-    /// How much of standard input has not been read by the C library.
-    static std::size_t typedLeft();
-
     /// Everything printed so far to standard output and standard error.
     std::string_view printed() const;
 
