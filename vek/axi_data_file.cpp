@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <cstring>
 
 namespace vek
@@ -14,6 +15,7 @@ namespace
 {
 
 constexpr const char* kFileName = "axiMonitorData";
+constexpr const char* kNewFileName = ".axiMonitorData.new";
 constexpr std::size_t kLongestFolderName = 31;
 constexpr mode_t kNewFolderMode = 0777;
 constexpr mode_t kNewFileMode = 0666;
@@ -28,22 +30,54 @@ bool isFolderName(const char* name)
            text.find('/') == std::string_view::npos;
 }
 
-/// Whether a descriptor that was just opened leads to a file of its own, which is empty then.
-bool isEmptiedFile(int descriptor)
+/// Whether a data file may take the place of what has its name: of nothing, or of a regular file that has no other
+/// name.
+bool mayReplace(int folder)
 {
     struct stat status = {};
-    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && ftruncate(descriptor, 0) == 0;
+    if (fstatat(folder, kFileName, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        return errno == ENOENT;
+    }
+    return S_ISREG(status.st_mode) && status.st_nlink == 1;
 }
 
-int openIn(int folder)
+int closeAndFail(int descriptor)
 {
-    constexpr int kFlags = O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
-    const int descriptor = openat(folder, kFileName, kFlags, kNewFileMode);
-    if (descriptor >= 0 && !isEmptiedFile(descriptor)) {
-        close(descriptor);
+    close(descriptor);
+    return -1;
+}
+
+/// Creates the data file under a name of its own and gives it the right one with its first line in it. Nobody meets it
+/// empty then, and a collector that is just about to end keeps the file that it has been writing to.
+int createIn(int folder, std::string_view firstLine)
+{
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_NOFOLLOW | O_CLOEXEC;
+    if (!mayReplace(folder)) {
         return -1;
     }
+    // What is left of a program that was killed at this.
+    unlinkat(folder, kNewFileName, 0);
+    const int descriptor = openat(folder, kNewFileName, kFlags, kNewFileMode);
+    if (descriptor < 0) {
+        return -1;
+    }
+    if (!appendLines(descriptor, firstLine) || renameat(folder, kNewFileName, folder, kFileName) != 0) {
+        unlinkat(folder, kNewFileName, 0);
+        return closeAndFail(descriptor);
+    }
     return descriptor;
+}
+
+int openFolder(const char* name)
+{
+    if (!isFolderName(name) || (mkdir(name, kNewFolderMode) != 0 && errno != EEXIST)) {
+        return -1;
+    }
+    int folder = -1;
+    do {
+        folder = open(name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    } while (folder < 0 && errno == EINTR);
+    return folder;
 }
 
 /// Takes away what the host had room for of lines that it did not take whole: it would be in the way of a reader.
@@ -54,21 +88,18 @@ void cutBack(int descriptor, off_t length)
 
 }  // namespace
 
-int openAxiData()
+int createAxiData(std::string_view firstLine)
 {
-    return openIn(AT_FDCWD);
+    return createIn(AT_FDCWD, firstLine);
 }
 
-int openAxiDataIn(const char* folderName)
+int createAxiDataIn(const char* folderName, std::string_view firstLine)
 {
-    if (!isFolderName(folderName) || (mkdir(folderName, kNewFolderMode) != 0 && errno != EEXIST)) {
-        return -1;
-    }
-    const int folder = open(folderName, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    const int folder = openFolder(folderName);
     if (folder < 0) {
         return -1;
     }
-    const int descriptor = openIn(folder);
+    const int descriptor = createIn(folder, firstLine);
     close(folder);
     return descriptor;
 }

@@ -7,16 +7,17 @@ namespace vek
 {
 
 /// The files that transaction counts are collected into, by their descriptors: a collector that is cancelled runs no
-/// destructors. Opening neither follows a symbolic link nor waits for another program, and refuses whatever is no
-/// regular file. A file that is there already is emptied.
+/// destructors. A new file takes the place of one that is there already, with its first line in it from the first
+/// moment. What is there is left alone, and nothing created, when it is a symbolic link, a file with several names or
+/// no regular file.
 
-/// Opens the file "axiMonitorData" in the working directory. Returns its descriptor, or -1.
-int openAxiData();
+/// Creates the file "axiMonitorData" in the working directory with one whole line. Returns its descriptor, or -1.
+int createAxiData(std::string_view firstLine);
 
-/// Opens the file "axiMonitorData" in a folder of the working directory, which is created with the user's umask when
-/// there is none. Returns its descriptor, or -1, without having created anything when the name is null or empty, longer
-/// than 31 characters, ".", ".." or has a '/' in it.
-int openAxiDataIn(const char* folderName);
+/// Creates the file "axiMonitorData" with one whole line in a folder of the working directory, which is created with
+/// the user's umask when there is none. Returns its descriptor, or -1, without having created anything when the name is
+/// null or empty, longer than 31 characters, ".", ".." or has a '/' in it.
+int createAxiDataIn(const char* folderName, std::string_view firstLine);
 
 /// Appends whole lines; when not all of them can be written, none is. Returns whether they were written.
 bool appendLines(int descriptor, std::string_view lines);

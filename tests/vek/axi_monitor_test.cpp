@@ -210,6 +210,25 @@ TEST_F(AxiMonitor, RefusesToCollectIntoAnythingButAFile)
     EXPECT_EQ(vekMonitorAxiTrans_QZ201(), VEK_IO_ERROR);
 }
 
+TEST_F(AxiMonitor, LeavesFilesWithSeveralNamesAlone)
+{
+    const auto target = folder.write("target", "untouched");
+    fs::create_hard_link(target, folder.path("axiMonitorData"));
+    EXPECT_EQ(vekMonitorAxiTrans_QZ201(), VEK_IO_ERROR);
+    EXPECT_EQ(text("target"), "untouched");
+    fs::remove(folder.path("target"));
+    EXPECT_EQ(vekMonitorAxiTrans_QZ201(), VEK_OK);
+    EXPECT_EQ(fs::hard_link_count(folder.path("axiMonitorData")), 1U);
+    EXPECT_EQ(axiDataLines(text("axiMonitorData")).size(), 8U);
+}
+
+TEST_F(AxiMonitor, LeavesNothingElseInTheFolder)
+{
+    folder.write(".axiMonitorData.new", "left by a program that was killed");
+    EXPECT_EQ(vekMonitorAxiTrans_QZ201(), VEK_OK);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path("")), fs::directory_iterator()), 1);
+}
+
 TEST_F(AxiMonitor, CollectsFromTheChipOnlyThatACollectorIsFor)
 {
     EXPECT_EQ(collect("1"), nullptr);
@@ -298,6 +317,35 @@ TEST_F(AxiCollector, ReplacesTheFileOfTheSameName)
     folder.write("again/axiMonitorData", "something older");
     Collector collector("again");
     ASSERT_TRUE(eventually([&] { return text("again/axiMonitorData") == kHeader; }));
+}
+
+TEST_F(AxiCollector, KeepsTheFileThatItWritesWhenAnotherTakesItsPlace)
+{
+    startTimer(100000);
+    Collector first("shared");
+    ASSERT_TRUE(eventually([&] { return collectedLines("shared/axiMonitorData") > 0; }));
+    const int firstFile = open(folder.path("shared/axiMonitorData").c_str(), O_RDONLY);
+    setReg(kQz202, 0);
+    setReg(kQz202, 2);
+    Collector second("shared");
+    ASSERT_TRUE(eventually([&] { return text("shared/axiMonitorData") == kHeader; }));
+    struct stat status {
+    };
+    ASSERT_EQ(fstat(firstFile, &status), 0);
+    close(firstFile);
+    EXPECT_GT(status.st_size, static_cast<off_t>(std::string(kHeader).size())) << "what was collected is kept";
+    EXPECT_EQ(status.st_nlink, 0U) << "under no name";
+}
+
+TEST_F(AxiCollector, NeverShowsAnEmptyFile)
+{
+    for (int round = 0; round < 20; ++round) {
+        const std::string name = "round" + std::to_string(round);
+        const std::string file = name + "/axiMonitorData";
+        Collector collector(name);
+        ASSERT_TRUE(eventually([&] { return fs::exists(folder.path(file)); }));
+        EXPECT_EQ(text(file), kHeader);
+    }
 }
 
 TEST_F(AxiCollector, CreatesWithTheUsersUmask)

@@ -3,6 +3,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <ctime>
 #include <string_view>
@@ -34,8 +35,9 @@ AddressSpace* monitorOf(const AccessPath* path, unsigned deviceId)
 
 void sleepBetweenSamples()
 {
-    const timespec interval{.tv_sec = 0, .tv_nsec = kNanosecondsBetweenSamples};
-    nanosleep(&interval, nullptr);
+    timespec left{.tv_sec = 0, .tv_nsec = kNanosecondsBetweenSamples};
+    while (nanosleep(&left, &left) != 0 && errno == EINTR) {
+    }
 }
 
 bool appendSample(int file, const AxiSample& sample)
@@ -56,9 +58,6 @@ int takeWholeSample(const WatchedMonitor& monitor, AxiSample& sample)
 /// Appends samples of a run while it goes on, and the last one of a run that is over.
 int collectRun(const WatchedMonitor& monitor, int file)
 {
-    if (!appendLines(file, kAxiDataHeader)) {
-        return VEK_IO_ERROR;
-    }
     for (int taken = 0; taken < kMostSamples; ++taken) {
         if (taken > 0) {
             sleepBetweenSamples();
@@ -103,9 +102,7 @@ void closeFile(void* descriptor)
 void collectSpans(const WatchedMonitor& monitor, int file, int cancelState)
 {
     std::uint64_t sequence = 0;
-    bool collecting = appendLines(file, kAxiDataHeader);
-    while (collecting) {
-        collecting = collectSpan(monitor, file, sequence);
+    while (collectSpan(monitor, file, sequence)) {
         pthread_setcancelstate(cancelState, nullptr);
         sleepBetweenSamples();
         pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
@@ -132,7 +129,7 @@ int vekMonitorAxiTrans_QZ201()
     if (monitor == nullptr) {
         return VEK_NOT_AVAILABLE;
     }
-    const int file = vek::openAxiData();
+    const int file = vek::createAxiData(vek::kAxiDataHeader);
     if (file < 0) {
         return VEK_IO_ERROR;
     }
@@ -146,7 +143,8 @@ void* vek_thread_qz202monitor(void* folder_name)
     pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState);
     const vek::AccessPath* path = vek::openPathFromAnyThread();
     vek::AddressSpace* monitor = vek::monitorOf(path, VEK_DEVICE_QZ202);
-    const int file = monitor == nullptr ? -1 : vek::openAxiDataIn(static_cast<const char*>(folder_name));
+    const int file =
+        monitor == nullptr ? -1 : vek::createAxiDataIn(static_cast<const char*>(folder_name), vek::kAxiDataHeader);
     if (file >= 0) {
         vek::collectSpansAndClose({monitor, path->lock}, file, cancelState);
     }
