@@ -109,6 +109,32 @@ FileText readDescriptor(int descriptor, std::size_t limit)
     return {.text = std::move(text), .outOfMemory = false, .length = length, .size = static_cast<std::size_t>(got)};
 }
 
+int descriptorOf(void* cookie)
+{
+    return static_cast<int>(reinterpret_cast<std::intptr_t>(cookie));
+}
+
+// Writes all of it, whatever interrupts that: the C library's own streams lose what they were about to write.
+ssize_t writeWhole(void* cookie, const char* bytes, std::size_t size)
+{
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t step = write(descriptorOf(cookie), bytes + done, size - done);
+        if (step > 0) {
+            done += static_cast<std::size_t>(step);
+        } else if (step == 0 || errno != EINTR) {
+            return 0;
+        }
+    }
+    return static_cast<ssize_t>(done);
+}
+
+// A close that is interrupted has taken place all the same.
+int closeWritten(void* cookie)
+{
+    return close(descriptorOf(cookie)) == 0 || errno == EINTR ? 0 : -1;
+}
+
 }  // namespace
 
 FILE* createFile(const char* name)
@@ -117,7 +143,9 @@ FILE* createFile(const char* name)
     if (descriptor < 0) {
         return nullptr;
     }
-    FILE* const file = fdopen(descriptor, "wb");
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the stream hands it back as it is
+    FILE* const file = fopencookie(reinterpret_cast<void*>(std::intptr_t{descriptor}), "wb",
+                                   {.read = nullptr, .write = writeWhole, .seek = nullptr, .close = closeWritten});
     if (file == nullptr) {
         closeKeepingErrno(descriptor);
     }

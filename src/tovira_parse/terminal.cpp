@@ -265,6 +265,21 @@ bool keyIsWaiting()
     return select(STDIN_FILENO + 1, &descriptors, nullptr, nullptr, &moment) > 0;
 }
 
+bool readWasInterrupted()
+{
+    return ferror(stdin) != 0 && errno == EINTR;
+}
+
+int readKey()
+{
+    int key = getc(stdin);
+    while (key == EOF && readWasInterrupted()) {
+        clearerr(stdin);
+        key = getc(stdin);
+    }
+    return key;
+}
+
 int my_getch()
 {
     flushTerminalOutput();
@@ -274,7 +289,7 @@ int my_getch()
     }
     int key = kKeyAfterStop;
     if (waitForInput()) {
-        key = getc(stdin);
+        key = readKey();
         if (key == EOF) {
             clearerr(stdin);
         }

@@ -22,6 +22,12 @@ void flushTerminalOutput();
 /// Whether a byte of standard input, or its end, can be read without waiting for more than a moment.
 bool keyIsWaiting();
 
+/// Reads one byte of standard input, or EOF when it has ended or fails. A read that a signal interrupts is made again.
+int readKey();
+
+/// Whether standard input has just failed because a signal interrupted the read.
+bool readWasInterrupted();
+
 /// Shows what was printed so far, then reads one byte from standard input with the terminal in raw mode for just that
 /// time. Returns the byte, or -1 when a terminal call fails or standard input has ended, or kKeyAfterStop, with the
 /// terminal's line to be drawn anew and the key still to come.

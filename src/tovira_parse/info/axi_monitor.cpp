@@ -1,5 +1,6 @@
 // The counters of AXI transactions: start, final, clear and the length of the counting span.
 
+#include <dlfcn.h>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -87,8 +88,17 @@ void* collectWithOwnName(void* name)
     return result;
 }
 
+// The C library looks for the unwinder when a thread is cancelled, and ends the program when it has none.
+bool canCancelThreads()
+{
+    return dlopen("libgcc_s.so.1", RTLD_NOW) != nullptr;
+}
+
 bool createCollector(pthread_t& collector, char* name)
 {
+    if (!canCancelThreads()) {
+        return false;
+    }
     const sigset_t before = holdBackSignals();
     const bool created = pthread_create(&collector, nullptr, collectWithOwnName, name) == 0;
     releaseSignals(before);
@@ -141,16 +151,21 @@ void dropRestOfTypedLine()
     if (isatty(STDIN_FILENO) == 0) {
         return;
     }
-    for (int character = getc(stdin); character != '\n' && character != '\r' && character != EOF;) {
-        character = getc(stdin);
+    for (int character = readKey(); character != '\n' && character != '\r' && character != EOF;) {
+        character = readKey();
     }
 }
 
 std::uint32_t readCycle()
 {
     unsigned cycle = 0;
-    // The C library cuts a number that is too long to its low 32 bits: NOLINTNEXTLINE(cert-err34-c)
-    if (scanf("%x", &cycle) != 1) {
+    int taken = 0;
+    do {
+        clearerr(stdin);
+        // The C library cuts a number that is too long to its low 32 bits: NOLINTNEXTLINE(cert-err34-c)
+        taken = scanf("%x", &cycle);
+    } while (taken == EOF && readWasInterrupted());
+    if (taken != 1) {
         cycle = 0;
     }
     dropRestOfTypedLine();

@@ -59,7 +59,7 @@ int drawUntilKey(gpu_info& info, bool onTerminal, int lastResult)
 {
     for (;;) {
         if (keyIsWaiting()) {
-            const int key = getc(stdin);
+            const int key = readKey();
             // The end of a terminal's input is its hang-up; the end of a file there leaves the display alone.
             if (endsDisplay(key) || (key == EOF && onTerminal)) {
                 return lastResult;
