@@ -49,7 +49,7 @@ int writeReport(const DriverCore& core, std::string_view keyword, ReportText& te
                                         .memory = core.memory(),
                                         .displays = openDisplays(),
                                         .i2cChannels = countI2cChannels(),
-                                        .cards = static_cast<unsigned>(kDriverCards)},
+                                        .cards = static_cast<unsigned>(driverCards())},
                                        keyword);
     std::fclose(out);
     return result;
@@ -72,7 +72,7 @@ int vekQueryInt(int item, int* value, int card)
     if (vek::driverPath(card) == nullptr) {
         return VEK_NO_RESPONSE;
     }
-    *value = vek::kDriverCards;
+    *value = vek::driverCards();
     return VEK_OK;
 }
 

@@ -2,6 +2,7 @@
 #define VEK_CARD_AMBA_BUS_H
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "card/address_window.h"
@@ -17,6 +18,9 @@ public:
     static constexpr std::size_t kWindows = 3;
 
     constexpr explicit AmbaBus(const std::array<AddressWindow, kWindows>& windows) : windows_(windows) {}
+
+    /// Puts something else behind a window.
+    void setTarget(std::size_t window, AddressSpace* target) { windows_[window].target = target; }
 
     ReadResult read(std::uint64_t address, unsigned width) override;
     int write(std::uint64_t address, unsigned width, std::uint64_t value) override;

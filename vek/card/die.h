@@ -103,7 +103,8 @@ constexpr double settledCelsius(double power, double duty)
 class Die
 {
 public:
-    constexpr explicit Die(const CardClock& clock) : clock_(clock) {}
+    /// A fan that does not turn cools no more than one at a standstill, whatever its duty.
+    constexpr explicit Die(const CardClock& clock, bool fanTurns = true) : clock_(clock), fanTurns_(fanTurns) {}
 
     static constexpr std::size_t kSites = 2;
 
@@ -150,11 +151,12 @@ private:
         return die_physics::regulatedDuty(fan_.simulated ? fan_.simulatedCelsius : celsius_);
     }
 
-    constexpr double settledCelsius() const { return die_physics::settledCelsius(power(), dutyNow()); }
+    constexpr double settledCelsius() const { return die_physics::settledCelsius(power(), fanTurns_ ? dutyNow() : 0); }
 
     void advance();
 
     const CardClock& clock_;
+    bool fanTurns_;
     CoreRates rates_;
     FanControl fan_;
     std::size_t state_ = VEK_POWER_PERFORMANCE;

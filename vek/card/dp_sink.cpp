@@ -56,6 +56,11 @@ AuxReply DpSink::transact(const AuxRequest& request)
     if (facts_.manner == AuxManner::kRefuses || !wellFormed(request)) {
         return {.answer = AuxAnswer::kNack};
     }
+    if (deferred_ < facts_.deferrals) {
+        ++deferred_;
+        return {.answer = AuxAnswer::kDefer};
+    }
+    deferred_ = 0;
     return serve(request);
 }
 

@@ -37,6 +37,7 @@ struct DpSinkFacts {
     std::array<char, dpcd::kDeviceNameSize> name{};  ///< Filled up with 0.
     std::span<const std::uint8_t> edid{};
     AuxManner manner = AuxManner::kServes;
+    std::uint8_t deferrals = 0;  ///< How often it defers every request before it serves it.
 
     constexpr bool attached() const { return maxLanes != 0; }
 };
@@ -65,7 +66,7 @@ public:
     template <typename Visitor>
     void visitState(Visitor& visit)
     {
-        visit(ddc_, link_, source_, edpConfiguration_, power_, recovered_, equalised_, i2cOpen_, i2cReading_,
+        visit(ddc_, link_, source_, edpConfiguration_, power_, deferred_, recovered_, equalised_, i2cOpen_, i2cReading_,
               i2cDevice_);
     }
 
@@ -104,6 +105,7 @@ private:
     std::array<std::uint8_t, kSourceFields> source_{};
     std::uint8_t edpConfiguration_ = 0;
     std::uint8_t power_ = dpcd::kPowerD0;
+    std::uint8_t deferred_ = 0;  ///< How often the present request has been deferred.
     // One bit a lane.
     std::uint8_t recovered_ = 0;
     std::uint8_t equalised_ = 0;

@@ -11,6 +11,9 @@
 namespace vek
 {
 
+/// Characters of a text in the record.
+constexpr std::size_t kMostBoardText = 16;
+
 /// What the maker writes into a board's EEPROM, from address 0:
 ///
 ///     0x00   4  "BRD1"
@@ -35,12 +38,11 @@ struct BoardRecord {
 constexpr Eeprom24c02::Contents boardEepromWith(const BoardRecord& record)
 {
     constexpr std::size_t kRecordSize = 0x30;
-    constexpr std::size_t kTextSize = 16;
     Eeprom24c02::Contents contents{};
     std::fill(contents.begin() + kRecordSize, contents.end(), std::uint8_t{0xff});
     const auto put = [&contents](std::size_t offset, std::string_view text) {
         std::size_t at = offset;
-        for (const char character : text.substr(0, kTextSize)) {
+        for (const char character : text.substr(0, kMostBoardText)) {
             contents[at++] = static_cast<std::uint8_t>(character);
         }
     };

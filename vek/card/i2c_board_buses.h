@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <span>
 
-#include "card/board_rails.h"
+#include "card/board_chips.h"
 #include "card/card_clock.h"
 #include "card/eeprom_24c02.h"
 #include "card/eeprom_board_record.h"
@@ -19,21 +19,23 @@
 namespace vek
 {
 
-/// The I2C channels of a board with what is soldered to them: on channel 0 the board's EEPROM at 0x50;
-/// on channels 0 and 1 the decoders of the zoom-video ports 0 and 1, the first one with its IICSA pin low, the second
-/// one with the pin high and nothing at its input; the power monitors of `rails`, the LTC2990 and the LTC2991 at their
-/// first addresses on channel 1, the INA3221 on channel 2.
+/// The I2C channels of a board with the chips that are soldered to them. The EEPROM holds the board's record.
 class BoardI2cBuses
 {
 public:
-    static constexpr std::size_t kChannels = 4;
+    static constexpr std::size_t kChannels = BoardChips::kChannels;
 
     /// The clock has to live as long as the buses.
-    constexpr BoardI2cBuses(const BoardRecord& record, const BoardRails& rails, const CardClock& clock)
+    constexpr BoardI2cBuses(const BoardRecord& record, const BoardChips& chips, const CardClock& clock)
         : eeprom_(boardEepromWith(record)),
-          ltc2990_(clock, inputsAt(rails.ltc2990, rails.monitorSupply, rails.boardTemperature)),
-          ltc2991_(clock, inputsAt(rails.ltc2991, rails.monitorSupply, rails.boardTemperature)),
-          ina3221_(clock, rails.ina3221)
+          decoders_{Saa7111a(chips.decoders[0].signal), Saa7111a(chips.decoders[1].signal)},
+          ltc2990s_{Ltc2990Monitor(clock, inputsOf(chips.ltc2990[0])),
+                    Ltc2990Monitor(clock, inputsOf(chips.ltc2990[1]))},
+          ltc2991s_{Ltc2991Monitor(clock, inputsOf(chips.ltc2991[0])),
+                    Ltc2991Monitor(clock, inputsOf(chips.ltc2991[1]))},
+          ina3221s_{Ina3221Monitor(clock, chips.ina3221[0].rails), Ina3221Monitor(clock, chips.ina3221[1].rails)},
+          buses_{SimulatedI2cBus(seat(chips, 0)), SimulatedI2cBus(seat(chips, 1)), SimulatedI2cBus(seat(chips, 2)),
+                 SimulatedI2cBus(seat(chips, 3))}
     {
     }
 
@@ -43,32 +45,57 @@ public:
 
     constexpr I2cBus* bus(std::size_t channel) { return &buses_[channel]; }
 
-    constexpr const Saa7111a& videoDecoder0() const { return decoder0_; }
-    constexpr const Saa7111a& videoDecoder1() const { return decoder1_; }
+    /// The decoder that feeds a zoom-video port.
+    constexpr const Saa7111a& videoDecoder(std::size_t port) const { return decoders_[port]; }
 
     /// Hands over what changes, as state/state_visitor.h says.
     template <typename Visitor>
     void visitState(Visitor& visit)
     {
-        visit(eeprom_, decoder0_, decoder1_, ltc2990_, ltc2991_, ina3221_, buses_);
+        visit(eeprom_, decoders_, ltc2990s_, ltc2991s_, ina3221s_, buses_);
     }
 
 private:
-    static constexpr std::uint8_t kEepromAddress = 0x50;
+    static constexpr std::size_t kMostMonitors = BoardChips::kMostMonitors;
+    static constexpr std::size_t kMostSeats = 1 + BoardChips::kDecoders + 3 * kMostMonitors;
+
+    template <std::size_t Rails>
+    static constexpr Ltc299xInputs<2 * Rails> inputsOf(const Ltc299xFacts<Rails>& facts)
+    {
+        return inputsAt(facts.rails, facts.supply, facts.temperature);
+    }
+
+    constexpr void seatOne(const ChipSeat& place, std::size_t channel, I2cDevice& device)
+    {
+        if (place.fitted() && !place.dead && place.channel == channel) {
+            seats_[seatsTaken_++] = {place.address, &device};
+        }
+    }
+
+    /// Gives the chips of a channel the next seats.
+    constexpr std::span<const I2cSeat> seat(const BoardChips& chips, std::size_t channel)
+    {
+        const std::size_t first = seatsTaken_;
+        seatOne(chips.eeprom, channel, eeprom_);
+        for (std::size_t port = 0; port < decoders_.size(); ++port) {
+            seatOne(chips.decoders[port].seat, channel, decoders_[port]);
+        }
+        for (std::size_t number = 0; number < kMostMonitors; ++number) {
+            seatOne(chips.ltc2990[number].seat, channel, ltc2990s_[number]);
+            seatOne(chips.ltc2991[number].seat, channel, ltc2991s_[number]);
+            seatOne(chips.ina3221[number].seat, channel, ina3221s_[number]);
+        }
+        return std::span<const I2cSeat>(seats_).subspan(first, seatsTaken_ - first);
+    }
 
     Eeprom24c02 eeprom_;
-    Saa7111a decoder0_{VideoSignal::kPal};
-    Saa7111a decoder1_{VideoSignal::kNone};
-    std::array<I2cSeat, 2> channel0Seats_{{{kEepromAddress, &eeprom_}, {saa7111a::kAddress, &decoder0_}}};
-    Ltc2990Monitor ltc2990_;
-    Ltc2991Monitor ltc2991_;
-    Ina3221Monitor ina3221_;
-    std::array<I2cSeat, 3> channel1Seats_{{{saa7111a::kAddress + 1, &decoder1_},
-                                           {ltc2990::kFirstAddress, &ltc2990_},
-                                           {ltc2991::kFirstAddress, &ltc2991_}}};
-    std::array<I2cSeat, 1> channel2Seats_{{{ina3221::kAddress, &ina3221_}}};
-    std::array<SimulatedI2cBus, kChannels> buses_{SimulatedI2cBus(channel0Seats_), SimulatedI2cBus(channel1Seats_),
-                                                  SimulatedI2cBus(channel2Seats_), SimulatedI2cBus({})};
+    std::array<Saa7111a, BoardChips::kDecoders> decoders_;
+    std::array<Ltc2990Monitor, kMostMonitors> ltc2990s_;
+    std::array<Ltc2991Monitor, kMostMonitors> ltc2991s_;
+    std::array<Ina3221Monitor, kMostMonitors> ina3221s_;
+    std::size_t seatsTaken_ = 0;
+    std::array<I2cSeat, kMostSeats> seats_{};
+    std::array<SimulatedI2cBus, kChannels> buses_;
 };
 
 }  // namespace vek

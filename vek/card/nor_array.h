@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 
+#include "card/stuck_bit.h"
 #include "drivers/spi_nor.h"
 
 namespace vek
@@ -15,6 +16,14 @@ namespace vek
 class NorArray
 {
 public:
+    /// Begins with these bytes from address 0 on rather than erased, and with these bits stuck. Both have to live as
+    /// long as the array.
+    void ship(std::span<const std::uint8_t> image, StuckBits stuckBits)
+    {
+        image_ = image;
+        stuckBits_ = stuckBits;
+    }
+
     /// Makes sure that there is host memory to program into; false when the host refuses it.
     bool makeProgrammable();
 
@@ -40,22 +49,32 @@ public:
     template <typename Visitor>
     void visitState(Visitor& visit)
     {
-        visit(programmed_);
+        visit(programmed_, changed_);
     }
 
 private:
     static constexpr std::uint32_t kSectors = spi_nor::kSize / spi_nor::kSectorSize;
     static constexpr std::uint32_t kWordBits = 64;
 
-    bool isProgrammed(std::uint32_t sector) const
+    using SectorBits = std::array<std::uint64_t, kSectors / kWordBits>;
+
+    bool isProgrammed(std::uint32_t sector) const { return bitOf(programmed_, sector); }
+    static bool bitOf(const SectorBits& bits, std::uint32_t sector)
     {
-        return (programmed_[sector / kWordBits] >> sector % kWordBits & 1) != 0;
+        return (bits[sector / kWordBits] >> sector % kWordBits & 1) != 0;
     }
-    void setProgrammed(std::uint32_t sector, bool programmed);
+    static void setBit(SectorBits& bits, std::uint32_t sector, bool value);
+    void readUnprogrammed(std::uint32_t address, std::span<std::uint8_t> data) const;
+    void applyStuckBits(std::uint32_t address, std::span<std::uint8_t> data) const;
+
+    std::span<const std::uint8_t> image_;
+    StuckBits stuckBits_;
 
     unsigned char* base_ = nullptr;
     /// A bit for each sector. The host memory of those that are not programmed has no meaning.
-    std::array<std::uint64_t, kSectors / kWordBits> programmed_{};
+    SectorBits programmed_{};
+    /// Sectors that were ever programmed or erased. The others hold what was shipped.
+    SectorBits changed_{};
 };
 
 }  // namespace vek

@@ -15,6 +15,12 @@ using namespace sensor_unit;
 
 static_assert(Die::kSites <= kMaxSites);
 
+/// Whether the sensor of a site is among the dead ones.
+bool dead(std::uint8_t sites, std::size_t site)
+{
+    return (sites >> site & 1U) != 0;
+}
+
 /// The reading that stands for a code; what the converter cannot express becomes its nearest code.
 std::uint32_t reading(double code)
 {
@@ -23,20 +29,26 @@ std::uint32_t reading(double code)
     return kValid | static_cast<std::uint32_t>(rounded);
 }
 
+/// What the sensor of a site tells, 0 when it is dead.
+std::uint32_t readingOf(std::uint8_t deadSites, std::size_t site, double code)
+{
+    return dead(deadSites, site) ? 0 : reading(code);
+}
+
 }  // namespace
 
 /// The reading of a register of a site, 0 when it is none.
 std::uint32_t SensorUnit::readingAtSite(std::uint64_t address, std::size_t site)
 {
     if (address == temperatureOf(site)) {
-        return reading((die_.temperature(site) - kCelsiusAtCode0) * kCodesPerCelsius);
+        return readingOf(faults_.temperatures, site, (die_.temperature(site) - kCelsiusAtCode0) * kCodesPerCelsius);
     }
     if (address == voltageOf(site)) {
-        return reading(die_.voltage(site) * kCodesPerVolt);
+        return readingOf(faults_.voltages, site, die_.voltage(site) * kCodesPerVolt);
     }
     for (std::size_t kind = 0; site < process_.count && kind < kProcessKinds; ++kind) {
         if (address == processOf(site, kind)) {
-            return kValid | process_.counts[site][kind];
+            return dead(faults_.processes, site) ? 0 : kValid | process_.counts[site][kind];
         }
     }
     return 0;

@@ -8,8 +8,8 @@
 #include "card/address_window.h"
 #include "card/amba_bus.h"
 #include "card/axi_monitor.h"
-#include "card/board_rails.h"
 #include "card/card_clock.h"
+#include "card/card_facts.h"
 #include "card/chip_facts.h"
 #include "card/clock_unit.h"
 #include "card/die.h"
@@ -42,40 +42,34 @@
 namespace vek
 {
 
-/// The EDID of the display on each DDC channel, empty where none is attached.
-using AttachedMonitors = std::array<std::span<const std::uint8_t>, 4>;
-
-/// What is at the end of each DisplayPort output.
-using AttachedSinks = std::array<DpSinkFacts, 2>;
-
 /// A card with one of the chips on it, as it stands after power-on and the driver's start. What is on the card speaks
 /// to its other parts through address spaces only, so a part may be replaced by one with more behaviour of its own.
 ///
 /// AMBA map: 0x01000000 the register region, 16 MiB; 0x20000000 the board's RAM, 1 MiB; 0x40000000 the first GiB of
 /// video memory.
 struct SimulatedCard {
-    /// `routing` is what the board comes up with in the output routing register.
-    constexpr SimulatedCard(const ChipFacts& chip, const BoardRecord& board, const BoardRails& rails,
-                            const AttachedMonitors& monitors, const AttachedSinks& sinks, std::uint32_t routing)
-        : dpPhys{DpPhy(sinks[0].attached()), DpPhy(sinks[1].attached())},
-          dpSinks{DpSink(sinks[0], dpPhys[0]), DpSink(sinks[1], dpPhys[1])},
-          mcu(dpSinks[0], clock, McuCondition::kRunning),
-          axiMonitor(clock, chip.axiMonitor, chip.clocks),
-          clocks(chip.clocks, die, &axiMonitor),
-          sensors(die, chip.process),
-          information(chip, clocks, monitors[0]),
-          outputRouting(routing),
-          videoMemory(chip.videoMemorySize),
+    /// A card that the facts describe, but for the flash's image and the bits that are stuck.
+    constexpr explicit SimulatedCard(const CardFacts& facts)
+        : dpPhys{DpPhy(facts.sinks[0].attached()), DpPhy(facts.sinks[1].attached())},
+          dpSinks{DpSink(facts.sinks[0], dpPhys[0]), DpSink(facts.sinks[1], dpPhys[1])},
+          mcu(dpSinks[0], clock, facts.mcu),
+          die(clock, facts.fanTurns),
+          axiMonitor(clock, facts.chip.axiMonitor, facts.chip.clocks),
+          clocks(facts.chip.clocks, die, &axiMonitor),
+          sensors(die, facts.chip.process, facts.sensors),
+          information(facts.chip, clocks, facts.monitors[0].edid),
+          outputRouting(facts.routing),
+          videoMemory(facts.chip.videoMemorySize),
           amba(std::to_array<AddressWindow>({
               {.base = 0x0100'0000, .length = kRegisterRegionSize, .target = &registers},
               {.base = 0x2000'0000, .length = kBoardRamSize, .target = &boardRam},
               {.base = 0x4000'0000, .length = kVideoMemoryWindowSize, .target = &videoMemory},
           })),
-          pciConfiguration(chip),
-          i2c(board, rails, clock),
-          ddc{DdcConnector(monitors[0]), DdcConnector(monitors[1]), DdcConnector(monitors[2]),
-              DdcConnector(monitors[3])},
-          hdmiPhys{HdmiPhy(!monitors[0].empty()), HdmiPhy(!monitors[1].empty())}
+          pciConfiguration(facts.chip),
+          i2c(facts.board, facts.chips, clock),
+          ddc{DdcConnector(facts.monitors[0].edid), DdcConnector(facts.monitors[1].edid),
+              DdcConnector(facts.monitors[2].edid), DdcConnector(facts.monitors[3].edid)},
+          hdmiPhys{HdmiPhy(facts.monitors[0].attached), HdmiPhy(facts.monitors[1].attached)}
     {
     }
 
@@ -106,6 +100,10 @@ struct SimulatedCard {
         visit("flash", spi.array());
     }
 
+    /// Windows of the AMBA bus that lead to memories in which bits may be stuck.
+    static constexpr std::size_t kAmbaRegisters = 0;
+    static constexpr std::size_t kAmbaVideoMemory = 2;
+
     static constexpr std::uint64_t kBoardRamSize = kMiB;
     static constexpr std::uint64_t kVideoMemoryWindowSize = kGiB;
     static constexpr std::uint64_t kCrtcRegisters = 4096;
@@ -118,7 +116,7 @@ struct SimulatedCard {
     std::array<DpController, 2> dpControllers;
     EdpBacklight edpBacklight;
     Mcu mcu;
-    Die die{clock};
+    Die die;
     AxiMonitor axiMonitor;
     ClockUnit clocks;
     SensorUnit sensors;
@@ -147,7 +145,7 @@ struct SimulatedCard {
     PciConfiguration pciConfiguration;
     BoardI2cBuses i2c;
     SpiNorFlash spi{clock};
-    ZoomVideoPorts zoomVideo{clock, i2c.videoDecoder0(), i2c.videoDecoder1()};
+    ZoomVideoPorts zoomVideo{clock, i2c.videoDecoder(0), i2c.videoDecoder(1)};
     // As many as the largest chip has; on a smaller one no path leads to the last of them.
     std::array<DdcConnector, 4> ddc;
     std::array<HdmiPhy, 2> hdmiPhys;

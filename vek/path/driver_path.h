@@ -2,20 +2,26 @@
 #define VEK_PATH_DRIVER_PATH_H
 
 #include "path/access_path.h"
+#include "path/fitted_card.h"
 
 namespace vek
 {
 
-/// How many cards are fitted; their indices go from 0 on.
-constexpr int kDriverCards = 2;
+/// How many cards are fitted; their indices go from 0 on. These are the built-in ones until openDriverPath() has read
+/// another description.
+int driverCards();
 
-/// The path through the driver to the simulated card with the given index, or null when no such card is fitted. On it
-/// the card is as it comes up, and this program's alone.
+/// The card with the given index; its path is null when no such card is fitted. On this path the card is as it comes
+/// up, and this program's alone.
+FittedCard fittedCard(int card);
+
+/// The path of fittedCard().
 const AccessPath* driverPath(int card);
 
-/// Opens the path through the driver to a card: one to a card that keeps its state, and may be shared, when a folder is
-/// named for that (state/kept_path.h). VEK_NO_RESPONSE when no such card is fitted, else as of keepPath(). A card that
-/// has been opened stays as it is.
+/// Opens the path through the driver to a card: one of those that the description says which VEK_CARD_DESCRIPTION names
+/// (docs/card-description.md), which is read once and kept, else a built-in one; and one to a card that keeps its
+/// state, and may be shared, when a folder is named for that (state/kept_path.h). VEK_NO_RESPONSE when no such card is
+/// fitted; else as of fitDescribedCards() and keepPath(). A card that has been opened stays as it is.
 OpenedPath openDriverPath(int card);
 
 }  // namespace vek
