@@ -38,13 +38,22 @@ if(NOT TOVIRA_SANITIZE AND NOT TOVIRA_COVERAGE)
         # Fewer mappings and page faults at every start, which counts most for a run of one command.
         -Wl,-z,noseparate-code)
     if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
-        # Indirect branches land on landing pads only, and returns where the call came from. The C library's start files
-        # have no landing pads: their empty initializers are left out, and programs begin at an entry that has one.
         target_compile_options(tovira_product_settings INTERFACE -fcf-protection=full)
-        target_link_options(tovira_product_settings INTERFACE
-            -Wl,-z,ibt -Wl,-z,shstk -Wl,-init=no_initializer -Wl,-fini=no_finalizer
-            $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-Wl,--entry=startOnLandingPad>)
-        target_sources(tovira_product_settings INTERFACE
-            $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:${CMAKE_CURRENT_LIST_DIR}/program_entry.cpp>)
     endif()
 endif()
+
+# tovira_protect_branches(TARGET): for every program and library that is installed. Indirect branches land on landing pads
+# only, and returns where the call came from. The C library's start files have no landing pads: their empty initializers
+# are left out, and programs begin at an entry that has one.
+function(tovira_protect_branches target)
+    if(TOVIRA_SANITIZE OR TOVIRA_COVERAGE OR NOT CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+        return()
+    endif()
+    target_link_options(${target} PRIVATE
+        -Wl,-z,ibt -Wl,-z,shstk -Wl,-init=no_initializer -Wl,-fini=no_finalizer)
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL "EXECUTABLE")
+        target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/program_entry.cpp)
+        target_link_options(${target} PRIVATE -Wl,--entry=startOnLandingPad)
+    endif()
+endfunction()
