@@ -22,6 +22,13 @@ namespace vek
 /// The I2C channels of a board with the chips that are soldered to them. The EEPROM holds the board's record.
 class BoardI2cBuses
 {
+    // In front of the constructor, for compilers that evaluate it before they know the rest of the class.
+    template <std::size_t Rails>
+    static constexpr Ltc299xInputs<2 * Rails> inputsOf(const Ltc299xFacts<Rails>& facts)
+    {
+        return inputsAt(facts.rails, facts.supply, facts.temperature);
+    }
+
 public:
     static constexpr std::size_t kChannels = BoardChips::kChannels;
 
@@ -58,12 +65,6 @@ public:
 private:
     static constexpr std::size_t kMostMonitors = BoardChips::kMostMonitors;
     static constexpr std::size_t kMostSeats = 1 + BoardChips::kDecoders + 3 * kMostMonitors;
-
-    template <std::size_t Rails>
-    static constexpr Ltc299xInputs<2 * Rails> inputsOf(const Ltc299xFacts<Rails>& facts)
-    {
-        return inputsAt(facts.rails, facts.supply, facts.temperature);
-    }
 
     constexpr void seatOne(const ChipSeat& place, std::size_t channel, I2cDevice& device)
     {
