@@ -141,7 +141,7 @@ int CardKeeper::makeFolder(const StateEntry& parent, const char* name)
     if (result != VEK_OK) {
         return result;
     }
-    result = lockFile(lock.number());
+    result = lockFile(lock.number(), patience_);
     if (result != VEK_OK) {
         return complain(lockPath, "another program does not come to an end with it", result);
     }
@@ -224,6 +224,10 @@ int CardKeeper::mapFiles(const Descriptor& folder)
     }
     stateFile_ = state.release();
     snapshot_.emplace(mappings_[0].base, kind_.size);
+    const char* fault = snapshot_->fault(kind_);
+    if (fault != nullptr) {
+        return complain(*path_ / kStateName, fault, VEK_BAD_DATA);
+    }
     MemoryFiles files([&](const char* name, std::uint64_t size) {
         Descriptor file;
         return mapFile({folder.number(), name, *path_ / name}, wholePages(size), file);
@@ -246,16 +250,11 @@ void CardKeeper::unmapFiles()
 /// Puts the card into the state of the files.
 int CardKeeper::begin()
 {
-    int result = lockFile(stateFile_);
-    const StatePath statePath = *path_ / kStateName;
+    int result = lockFile(stateFile_, patience_);
     if (result != VEK_OK) {
-        return complain(statePath, "another program does not come to an end with it", result);
+        return complain(*path_ / kStateName, "another program does not come to an end with it", result);
     }
-    const char* fault = snapshot_->fault(kind_);
-    result = fault == nullptr ? VEK_OK : complain(statePath, fault, VEK_BAD_DATA);
-    if (result == VEK_OK) {
-        result = readState();
-    }
+    result = readState();
     unlockFile(stateFile_);
     if (result != VEK_OK || lost()) {
         return result != VEK_OK ? result : VEK_IO_ERROR;
@@ -293,7 +292,7 @@ int CardKeeper::beginWork()
     if (lost()) {
         return VEK_IO_ERROR;
     }
-    int result = lockFile(stateFile_);
+    int result = lockFile(stateFile_, patience_);
     if (result == VEK_OK) {
         result = readState();
         if (result != VEK_OK) {

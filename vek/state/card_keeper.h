@@ -36,7 +36,10 @@ struct KeptCard {
 class CardKeeper final : public CardLock
 {
 public:
-    explicit CardKeeper(const KeptCard& kept) : kept_(kept) {}
+    /// `patience` with others who have the card, in nanoseconds.
+    explicit CardKeeper(const KeptCard& kept, std::uint64_t patience = kLockPatience) : kept_(kept), patience_(patience)
+    {
+    }
     CardKeeper(const CardKeeper&) = delete;
     CardKeeper& operator=(const CardKeeper&) = delete;
 
@@ -46,7 +49,7 @@ public:
     /// says why. What is in the folder stays as it is then.
     int open(const char* folder);
 
-    /// VEK_TIMED_OUT: another program has the card for longer than kLockSeconds. VEK_BAD_DATA: the file with the state
+    /// VEK_TIMED_OUT: another program keeps the card. VEK_BAD_DATA: the file with the state
     /// is damaged. VEK_IO_ERROR: lost().
     int enter() override;
     int leave() override;
@@ -80,6 +83,7 @@ private:
     int endWork();
 
     KeptCard kept_;
+    std::uint64_t patience_;
     SnapshotKind kind_{};
     std::optional<StatePath> path_;  ///< Of the card's folder.
     FileLoss loss_;

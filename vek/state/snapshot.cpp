@@ -76,7 +76,7 @@ const char* Snapshot::fault(const SnapshotKind& kind) const
     if (header.kind.card != kind.card) {
         return "is the state of a card of another description";
     }
-    return find().number == 0 ? "is damaged" : nullptr;
+    return nullptr;
 }
 
 std::uint64_t Snapshot::newest() const

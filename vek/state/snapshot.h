@@ -44,7 +44,7 @@ public:
     /// Makes an empty file one with a first state.
     void create(const SnapshotKind& kind, std::span<const std::uint8_t> state);
 
-    /// What is wrong with the file for a card, null if nothing is.
+    /// What is wrong with the head of the file for a card, null if nothing is.
     const char* fault(const SnapshotKind& kind) const;
 
     /// The number of the state that is there by the looks of it: nothing has been written as long as it stays.

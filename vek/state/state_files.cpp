@@ -179,12 +179,11 @@ int makeStateFile(const StateEntry& entry, std::uint64_t size, Descriptor& file)
     return VEK_OK;
 }
 
-int lockFile(int file)
+int lockFile(int file, std::uint64_t patience)
 {
-    constexpr std::uint64_t kNanosecondsPerSecond = 1'000'000'000;
     constexpr long kFirstPause = 10'000;
     constexpr long kLongestPause = 1'000'000;
-    const std::uint64_t end = monotonicNanoseconds() + kLockSeconds * kNanosecondsPerSecond;
+    const std::uint64_t end = monotonicNanoseconds() + patience;
     long pause = kFirstPause;
     while (setLock(file, F_WRLCK) != 0) {
         if (errno != EAGAIN && errno != EACCES && errno != EINTR) {

@@ -71,14 +71,15 @@ int openStateFile(const StateEntry& entry, std::uint64_t size, Descriptor& file)
 /// Makes a file of a size, or empties one, which costs nothing until it is written.
 int makeStateFile(const StateEntry& entry, std::uint64_t size, Descriptor& file);
 
+/// How long others may keep a file locked until that is a failure, in nanoseconds.
+constexpr std::uint64_t kLockPatience = 5'000'000'000;
+
 /// Waits until nobody else has locked the file, and locks it as long as its descriptor is open. VEK_TIMED_OUT when it
-/// is locked for longer than kLockSeconds.
-int lockFile(int file);
+/// stays locked.
+int lockFile(int file, std::uint64_t patience = kLockPatience);
 
 /// Ends the lock.
 void unlockFile(int file);
-
-constexpr int kLockSeconds = 5;
 
 }  // namespace vek
 
