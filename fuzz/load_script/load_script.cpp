@@ -9,7 +9,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const fuzz::TextAndAnswers input = fuzz::splitInput(data, size);
     const fuzz::Sandbox sandbox;
-    fuzz::Sandbox::addFile("script", input.text);
+    fuzz::Sandbox::addFile("script", std::span(data, input.text.size()));
     fuzz::answerFrom(input.answers);
     // The empty line repeats what the script has run last.
     fuzz::runLines("load script\n\nload script;ver");

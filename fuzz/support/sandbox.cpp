@@ -46,6 +46,7 @@ int __real_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, v
 void* __real_malloc(std::size_t size);
 void* __real_calloc(std::size_t count, std::size_t size);
 void* __real_mmap(void* address, std::size_t length, int protection, int flags, int descriptor, off_t offset);
+int __real_munmap(void* address, std::size_t length);
 }
 
 namespace
@@ -225,7 +226,7 @@ Sandbox::~Sandbox()
     fclose(input_);
     fclose(output_);
     for (std::size_t i = 0; i < mappingCount; ++i) {
-        munmap(mappings[i].address, mappings[i].length);
+        __real_munmap(mappings[i].address, mappings[i].length);
     }
     if (filesOpened > 0) {
         emptyFolder(__real_openat(scratch, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -238,12 +239,12 @@ std::string_view Sandbox::printed() const
     return {kept.data(), keptSize};
 }
 
-void Sandbox::addFile(const char* name, std::string_view contents)
+void Sandbox::addFile(const char* name, std::span<const std::uint8_t> contents)
 {
     constexpr mode_t kOwnersOnly = 0600;
     const int descriptor = __real_openat(scratch, name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kOwnersOnly);
-    require(descriptor >= 0 &&
-            write(descriptor, contents.data(), contents.size()) == static_cast<ssize_t>(contents.size()));
+    require(descriptor >= 0 && (contents.empty() || write(descriptor, contents.data(), contents.size()) ==
+                                                        static_cast<ssize_t>(contents.size())));
     close(descriptor);
     ++filesOpened;
 }
@@ -453,6 +454,17 @@ void* __wrap_mmap(void* address, std::size_t length, int protection, int flags, 
         mappings[mappingCount++] = {.address = pages, .length = length};
     }
     return pages;
+}
+
+int __wrap_munmap(void* address, std::size_t length)
+{
+    if (inside) {
+        auto* const end = mappings.begin() + mappingCount;
+        auto* const left =
+            std::remove_if(mappings.begin(), end, [=](const Mapping& m) { return m.address == address; });
+        mappingCount = static_cast<std::size_t>(left - mappings.begin());
+    }
+    return __real_munmap(address, length);
 }
 
 }  // extern "C"

@@ -18,7 +18,7 @@ namespace fuzz
 ///     everything after a number of files that no single command opens;
 ///   - waiting ends at once, but the monotonic clock goes on by its time, and faster the more is waited;
 ///   - standard output and standard error are kept up to some length, standard input holds what is given here;
-///   - memory beyond a few MiB is refused, anonymous mappings are taken back at the end;
+///   - memory beyond a few MiB is refused, mappings are taken back at the end;
 ///   - signal handlers are not installed, threads are not created.
 class Sandbox
 {
@@ -30,7 +30,7 @@ public:
     Sandbox& operator=(const Sandbox&) = delete;
 
     /// Puts a file into the scratch folder.
-    static void addFile(const char* name, std::string_view contents);
+    static void addFile(const char* name, std::span<const std::uint8_t> contents);
 
     /// Everything printed so far to standard output and standard error.
     std::string_view printed() const;
