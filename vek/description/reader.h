@@ -31,6 +31,6 @@ using ReadCardDescription = int(const char* file, DescribedCards* cards, std::si
 
 }  // namespace vek
 
-extern "C" vek::ReadCardDescription vekReadCardDescription;
+extern "C" [[gnu::visibility("default")]] vek::ReadCardDescription vekReadCardDescription;
 
 #endif
