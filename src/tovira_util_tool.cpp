@@ -16,12 +16,13 @@
 namespace
 {
 
-// A file or a device that is opened later must not take the place of a standard stream that is closed.
+// A file or a device that is opened later must not take the place of a standard stream that is closed. What stands
+// there instead is at its end for a reader and fails a writer, as a closed stream does.
 void occupyStandardStreams()
 {
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         if (fcntl(descriptor, F_GETFD) < 0) {
-            open("/dev/null", O_RDWR);
+            open("/dev/null", O_RDONLY);
         }
     }
 }

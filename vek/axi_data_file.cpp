@@ -47,6 +47,16 @@ int closeAndFail(int descriptor)
     return -1;
 }
 
+/// openat(2), made again when a signal interrupts it.
+int openAgain(int folder, const char* name, int flags)
+{
+    int descriptor = -1;
+    do {
+        descriptor = openat(folder, name, flags, kNewFileMode);
+    } while (descriptor < 0 && errno == EINTR);
+    return descriptor;
+}
+
 /// Creates the data file under a name of its own and gives it the right one with its first line in it. Nobody meets it
 /// empty then, and a collector that is just about to end keeps the file that it has been writing to.
 int createIn(int folder, std::string_view firstLine)
@@ -57,7 +67,7 @@ int createIn(int folder, std::string_view firstLine)
     }
     // What is left of a program that was killed at this.
     unlinkat(folder, kNewFileName, 0);
-    const int descriptor = openat(folder, kNewFileName, kFlags, kNewFileMode);
+    const int descriptor = openAgain(folder, kNewFileName, kFlags);
     if (descriptor < 0) {
         return -1;
     }
@@ -73,11 +83,7 @@ int openFolder(const char* name)
     if (!isFolderName(name) || (mkdir(name, kNewFolderMode) != 0 && errno != EEXIST)) {
         return -1;
     }
-    int folder = -1;
-    do {
-        folder = open(name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    } while (folder < 0 && errno == EINTR);
-    return folder;
+    return openAgain(AT_FDCWD, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
 }
 
 /// Takes away what the host had room for of lines that it did not take whole: it would be in the way of a reader.

@@ -53,8 +53,8 @@ bool endsDisplay(int key)
     return key == 'q' || key == 'Q' || key == kCtrlC;
 }
 
-// Draws the use of video memory again and again. Returns at a key that ends it, with the last result of the library, or
-// with what the library fails with.
+// Draws the use of video memory again and again. Returns at a key that ends it, or when nobody can see it any more,
+// with the last result of the library, or with what the library fails with.
 int drawUntilKey(gpu_info& info, bool onTerminal, int lastResult)
 {
     for (;;) {
@@ -70,7 +70,9 @@ int drawUntilKey(gpu_info& info, bool onTerminal, int lastResult)
             return lastResult;
         }
         printf("%s%6.1dmb total, %6.1dmb free, %6.1dmb used", kBackOverLine, info.total, info.free, info.used);
-        fflush(stdout);
+        if (fflush(stdout) != 0) {
+            return lastResult;
+        }
         sleep(kRefreshSeconds);
     }
 }
