@@ -158,4 +158,24 @@ TEST_F(DriverCores, DoWithoutABufferThatThereIsNoRoomFor)
     EXPECT_EQ(small.followCard({.displays = displays, .features = features}), VEK_OK);
 }
 
+TEST_F(DriverCores, TakeAFrameBufferOnceThereIsRoomForIt)
+{
+    vek::DriverCore small({1, 0, 0, 0}, 32 * kMiB);
+    const auto freeBytes = [&] {
+        EXPECT_EQ(small.followCard({.displays = displays, .features = features}), VEK_OK);
+        return small.memory().freeBytes();
+    };
+    const std::uint64_t withoutBuffers = freeBytes();
+    open(0x3);
+    const std::uint64_t withTraces = freeBytes();
+    ASSERT_LT(withTraces, inPages(k1080pBytes));
+    route(vek::output_routing::with(0, DisplayOutput::kHdmi0, 0));
+    EXPECT_EQ(freeBytes(), withTraces) << "there is no room";
+    open(0);
+    freeBytes();
+    EXPECT_EQ(freeBytes(), withoutBuffers - inPages(k1080pBytes));
+    route(0);
+    EXPECT_EQ(freeBytes(), withoutBuffers);
+}
+
 }  // namespace

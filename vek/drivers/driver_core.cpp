@@ -1,5 +1,6 @@
 #include "drivers/driver_core.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "drivers/feature_switches.h"
@@ -40,7 +41,7 @@ int readShown(AddressSpace& registers, std::size_t port, bool& shown)
 }  // namespace
 
 /// Finds how large the frame buffers have to be: modes are set when the routing changes, and kept until then.
-int DriverCore::findFrameBuffers(const Displays& displays, Sizes& sizes)
+int DriverCore::findFrameBuffers(const Displays& displays)
 {
     std::uint32_t routing = 0;
     const int result = readRouting(displays.registers, routing);
@@ -50,13 +51,14 @@ int DriverCore::findFrameBuffers(const Displays& displays, Sizes& sizes)
     for (std::size_t controller = 0; controller < kControllers; ++controller) {
         VekDisplayMode mode{};
         const bool lit = controllerTiming(displays, static_cast<int>(controller), mode) == VEK_OK;
-        sizes[controller] = lit ? frameBufferSize(mode) : 0;
+        frameBuffers_[controller] = lit ? frameBufferSize(mode) : 0;
     }
     routing_ = routing;
     return VEK_OK;
 }
 
-/// Goes over to other buffers: what is given back first makes room for the rest.
+/// Goes over to other buffers: what is given back first makes room for the rest. Those that there is no room for are
+/// asked for again the next time.
 void DriverCore::hold(const Sizes& sizes)
 {
     for (std::size_t buffer = 0; buffer < kBuffers; ++buffer) {
@@ -88,11 +90,12 @@ int DriverCore::followCard(const CardInUse& card)
         sizes[kCaptures + port] = shown ? driver_buffers::kCapture : 0;
     }
     if (result == VEK_OK) {
-        result = findFrameBuffers(card.displays, sizes);
+        result = findFrameBuffers(card.displays);
     }
     if (result != VEK_OK) {
         return result;
     }
+    std::copy(frameBuffers_.begin(), frameBuffers_.end(), sizes.begin());
     for (std::size_t trace = 0; trace < kTraces; ++trace) {
         sizes[kTraceBuffers + trace] = (functions >> trace & 1U) != 0 ? driver_buffers::kTrace : 0;
     }

@@ -70,7 +70,8 @@ public:
 
     const DriverVersion& version() const { return version_; }
 
-    /// Gives back the buffers that the card no longer needs and takes those that it needs by now. Returns VEK_OK, or
+    /// Gives back the buffers that the card no longer needs and takes those that it needs by now, as far as there is
+    /// room for them. Returns VEK_OK, or
     /// what the card's registers answered: everything stays as it was then.
     int followCard(const CardInUse& card);
 
@@ -81,7 +82,7 @@ public:
     template <typename Visitor>
     void visitState(Visitor& visit)
     {
-        visit(memory_, sizes_, addresses_, routing_);
+        visit(memory_, sizes_, addresses_, routing_, frameBuffers_);
     }
 
 private:
@@ -95,14 +96,15 @@ private:
     /// Bytes by buffer, 0 for none.
     using Sizes = std::array<std::uint64_t, kBuffers>;
 
-    int findFrameBuffers(const Displays& displays, Sizes& sizes);
+    int findFrameBuffers(const Displays& displays);
     void hold(const Sizes& sizes);
 
     DriverVersion version_;
     VideoMemory memory_;
     Sizes sizes_{};
     std::array<std::uint64_t, kBuffers> addresses_{};
-    std::uint32_t routing_ = 0;  ///< Of the present frame buffers; 0 feeds no display.
+    std::uint32_t routing_ = 0;                               ///< Of the present modes; 0 feeds no display.
+    std::array<std::uint64_t, kControllers> frameBuffers_{};  ///< Bytes that the modes ask for, by controller.
 };
 
 }  // namespace vek
