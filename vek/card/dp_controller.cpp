@@ -1,5 +1,6 @@
 #include "card/dp_controller.h"
 
+#include "card/stepped_registers.h"
 #include "drivers/dpcd.h"
 #include "vek.h"
 
@@ -8,11 +9,9 @@ namespace vek
 namespace
 {
 
-bool answered(std::uint64_t address, unsigned width)
-{
-    return width == dp_controller::kRegisterWidth && address % dp_controller::kRegisterStep == 0 &&
-           address / dp_controller::kRegisterStep < dp_controller::kRegisterCount;
-}
+constexpr SteppedRegisters kRegisters = {.width = dp_controller::kRegisterWidth,
+                                         .step = dp_controller::kRegisterStep,
+                                         .count = dp_controller::kRegisterCount};
 
 }  // namespace
 
@@ -27,12 +26,12 @@ bool DpController::linkUp()
 
 ReadResult DpController::read(std::uint64_t address, unsigned width)
 {
-    return answered(address, width) ? ReadResult{VEK_OK, at(address)} : kUnanswered;
+    return kRegisters.answer(address, width) ? ReadResult{VEK_OK, at(address)} : kUnanswered;
 }
 
 int DpController::write(std::uint64_t address, unsigned width, std::uint64_t value)
 {
-    if (!answered(address, width)) {
+    if (!kRegisters.answer(address, width)) {
         return VEK_NO_RESPONSE;
     }
     if (address == dp_controller::kId || address == dp_controller::kStatus) {

@@ -2,6 +2,8 @@
 
 #include <bit>
 
+#include "card/stepped_registers.h"
+#include "drivers/dpcd.h"
 #include "vek.h"
 
 namespace vek
@@ -9,22 +11,14 @@ namespace vek
 namespace
 {
 
-bool answered(std::uint64_t address, unsigned width)
-{
-    return width == dp_phy::kRegisterWidth && address % dp_phy::kRegisterStep == 0 &&
-           address / dp_phy::kRegisterStep < dp_phy::kRegisterCount;
-}
-
-bool isLinkRate(std::uint32_t rate)
-{
-    return rate == dpcd::kRbr || rate == dpcd::kHbr || rate == dpcd::kHbr2;
-}
+constexpr SteppedRegisters kRegisters = {
+    .width = dp_phy::kRegisterWidth, .step = dp_phy::kRegisterStep, .count = dp_phy::kRegisterCount};
 
 }  // namespace
 
 void DpPhy::updateStatus()
 {
-    const bool runs = (at(dp_phy::kControl) & dp_phy::kControlPower) != 0 && isLinkRate(at(dp_phy::kRate));
+    const bool runs = (at(dp_phy::kControl) & dp_phy::kControlPower) != 0 && dpcd::isLinkRate(at(dp_phy::kRate));
     registers_[dp_phy::kStatus / dp_phy::kRegisterStep] =
         (runs ? dp_phy::kStatusLocked : 0) | (attached_ ? dp_phy::kStatusHotPlug : 0);
 }
@@ -49,12 +43,12 @@ MainLink DpPhy::mainLink() const
 
 ReadResult DpPhy::read(std::uint64_t address, unsigned width)
 {
-    return answered(address, width) ? ReadResult{VEK_OK, at(address)} : kUnanswered;
+    return kRegisters.answer(address, width) ? ReadResult{VEK_OK, at(address)} : kUnanswered;
 }
 
 int DpPhy::write(std::uint64_t address, unsigned width, std::uint64_t value)
 {
-    if (!answered(address, width)) {
+    if (!kRegisters.answer(address, width)) {
         return VEK_NO_RESPONSE;
     }
     if (address == dp_phy::kId || address == dp_phy::kStatus) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "card/stepped_registers.h"
 #include "vek.h"
 
 namespace vek
@@ -9,11 +10,9 @@ namespace vek
 namespace
 {
 
-bool answered(std::uint64_t address, unsigned width)
-{
-    return width == edp_backlight::kRegisterWidth && address % edp_backlight::kRegisterStep == 0 &&
-           address / edp_backlight::kRegisterStep < edp_backlight::kRegisterCount;
-}
+constexpr SteppedRegisters kRegisters = {.width = edp_backlight::kRegisterWidth,
+                                         .step = edp_backlight::kRegisterStep,
+                                         .count = edp_backlight::kRegisterCount};
 
 }  // namespace
 
@@ -32,12 +31,12 @@ void EdpBacklight::writeControl(std::uint32_t value)
 
 ReadResult EdpBacklight::read(std::uint64_t address, unsigned width)
 {
-    return answered(address, width) ? ReadResult{VEK_OK, at(address)} : kUnanswered;
+    return kRegisters.answer(address, width) ? ReadResult{VEK_OK, at(address)} : kUnanswered;
 }
 
 int EdpBacklight::write(std::uint64_t address, unsigned width, std::uint64_t value)
 {
-    if (!answered(address, width)) {
+    if (!kRegisters.answer(address, width)) {
         return VEK_NO_RESPONSE;
     }
     if (address == edp_backlight::kId || address == edp_backlight::kPeriodNow || address == edp_backlight::kDutyNow) {

@@ -1,5 +1,6 @@
 #include "card/hdmi_phy.h"
 
+#include "card/stepped_registers.h"
 #include "vek.h"
 
 namespace vek
@@ -7,11 +8,8 @@ namespace vek
 namespace
 {
 
-bool answered(std::uint64_t address, unsigned width)
-{
-    return width == hdmi_phy::kRegisterWidth && address % hdmi_phy::kRegisterStep == 0 &&
-           address / hdmi_phy::kRegisterStep < hdmi_phy::kRegisterCount;
-}
+constexpr SteppedRegisters kRegisters = {
+    .width = hdmi_phy::kRegisterWidth, .step = hdmi_phy::kRegisterStep, .count = hdmi_phy::kRegisterCount};
 
 }  // namespace
 
@@ -27,12 +25,12 @@ void HdmiPhy::writeControl(std::uint64_t value)
 
 ReadResult HdmiPhy::read(std::uint64_t address, unsigned width)
 {
-    return answered(address, width) ? ReadResult{VEK_OK, at(address)} : kUnanswered;
+    return kRegisters.answer(address, width) ? ReadResult{VEK_OK, at(address)} : kUnanswered;
 }
 
 int HdmiPhy::write(std::uint64_t address, unsigned width, std::uint64_t value)
 {
-    if (!answered(address, width)) {
+    if (!kRegisters.answer(address, width)) {
         return VEK_NO_RESPONSE;
     }
     if (address == hdmi_phy::kControl) {

@@ -14,24 +14,24 @@ namespace vek
 
 /// The AXI monitor counts the transactions of the masters on the AXI interconnect. QZ201 counts from start to final;
 /// QZ202 has a timer that cuts the run into spans of so many AXI clock cycles, and counts anew in each. What the
-/// counters hold is seen after it has been latched, all of it at one moment; final latches as well.
+/// counters hold is seen after it has been latched, all of it at one moment. Final latches as well; on QZ202 it first
+/// ends the span that runs, however short that is.
 ///
-///     0x000  32  control   written: a command, which is 1 start, 2 final, 4 clear on QZ201, and 0x14 start timer, 0
-///     stop
-///                          timer, 1 final, 2 clear on QZ202; other values are ignored
-///                          read: bit 0 counts, bit 1 final
-///     0x004  32  latch     written, whatever value: latches the counts, on QZ202 those of the last whole span
-///     0x008  32  cycle     QZ202: length of a span in AXI clock cycles; 0 stops the timer, which does not start with
-///     it 0x00c  32  masters   read-only: how many masters there are, up to 8 0x010  64  sequence  latched: how many
-///     spans have ended since the last clear; on QZ201 how often was latched 0x018  64  cycles    latched: AXI clock
-///     cycles that the counts cover
+/// - 0x000, 32 bits, control. Written on QZ201: 1 start, 2 final, 4 clear. Written on QZ202: 0x14 start timer, 0 stop
+///   timer, 1 final, 2 clear. Other values are ignored. Read: bit 0 counts, bit 1 final.
+/// - 0x004, 32 bits, latch. Written, whatever value: latches the counts, on QZ202 those of the last span that ended.
+/// - 0x008, 32 bits, cycle. QZ202: length of a span in AXI clock cycles; 0 stops the timer, and keeps it from starting.
+/// - 0x00c, 32 bits, masters, read-only: how many masters there are, up to 8.
+/// - 0x010, 64 bits, sequence, latched: how many spans have ended since the last clear; on QZ201 how often was latched.
+/// - 0x018, 64 bits, cycles, latched: AXI clock cycles that the counts cover.
 ///
-///     0x100 + 0x40 * n     of master n, read-only:
-///     0x00   64  reads     latched: read transactions
-///     0x08   64  writes    latched: write transactions
-///     0x10   64  bytes     latched: bytes that they moved
-///     0x18   64  latency   latched: AXI clock cycles that they took, one by one, all added up
-///     0x20   32  unit      who the master is (drivers/chip_units.h)
+/// From 0x100 on, in steps of 0x40, the registers of each master, all read-only:
+///
+/// - 0x00, 64 bits, reads, latched: read transactions.
+/// - 0x08, 64 bits, writes, latched: write transactions.
+/// - 0x10, 64 bits, bytes, latched: bytes that they moved.
+/// - 0x18, 64 bits, latency, latched: AXI clock cycles that they took, one by one, all added up.
+/// - 0x20, 32 bits, unit: who the master is (drivers/chip_units.h).
 ///
 /// Longs at multiples of 4 are answered, and reads of quads at multiples of 8. Others are not.
 namespace axi_monitor

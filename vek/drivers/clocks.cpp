@@ -1,5 +1,7 @@
 #include "drivers/clocks.h"
 
+#include "drivers/long_read.h"
+
 namespace vek
 {
 namespace
@@ -13,19 +15,10 @@ const ClockDomain* findDomain(int domain)
 
 }  // namespace
 
-int ClockDriver::readLong(std::uint64_t address, std::uint32_t& value)
-{
-    const auto [result, read] = registers_.read(address, clock_unit::kRegisterWidth);
-    if (result == VEK_OK) {
-        value = static_cast<std::uint32_t>(read);
-    }
-    return result;
-}
-
 /// Reads the mode of a source; what there is no source for is on.
 int ClockDriver::readMode(std::size_t source, std::uint32_t& mode)
 {
-    return source == 0 ? VEK_OK : readLong(clock_unit::modeOf(source), mode);
+    return source == 0 ? VEK_OK : readLong(registers_, clock_unit::modeOf(source), mode);
 }
 
 int ClockDriver::readRate(int domain, Rate& rate)
@@ -35,7 +28,7 @@ int ClockDriver::readRate(int domain, Rate& rate)
         return VEK_BAD_ARGUMENT;
     }
     ClockRegisters registers;
-    int result = readLong(clock_unit::pllOf(static_cast<std::size_t>(domain)), registers.setting);
+    int result = readLong(registers_, clock_unit::pllOf(static_cast<std::size_t>(domain)), registers.setting);
     if (result == VEK_OK) {
         result = readMode(found->bank, registers.bankMode);
     }
@@ -43,7 +36,7 @@ int ClockDriver::readRate(int domain, Rate& rate)
         result = readMode(found->core, registers.coreMode);
     }
     if (result == VEK_OK && found->throttled) {
-        result = readLong(clock_unit::kThrottle, registers.throttle);
+        result = readLong(registers_, clock_unit::kThrottle, registers.throttle);
     }
     if (result == VEK_OK) {
         rate = domainRate(registers);

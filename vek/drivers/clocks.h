@@ -140,7 +140,6 @@ public:
     int setMode(int mode, int source);
 
 private:
-    int readLong(std::uint64_t address, std::uint32_t& value);
     int readMode(std::size_t source, std::uint32_t& mode);
 
     AddressSpace& registers_;

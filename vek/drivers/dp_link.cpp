@@ -8,8 +8,6 @@ namespace vek
 namespace
 {
 
-constexpr std::array<std::uint8_t, 3> kRates{dpcd::kHbr2, dpcd::kHbr, dpcd::kRbr};
-
 constexpr std::uint8_t kPattern1 = 1;
 constexpr std::uint8_t kPattern2 = 2;
 constexpr std::uint8_t kPattern3 = 3;
@@ -86,7 +84,7 @@ int DpLinkTrainer::readCapabilities()
     pattern3_ = (laneCount & dpcd::kTrainingPattern3Supported) != 0;
     const std::uint8_t units = fields[dpcd::kTrainingAuxReadInterval] & dpcd::kAuxReadIntervalMask;
     readInterval_ = std::min(units, kMaxReadIntervalUnits) * kReadIntervalUnit;
-    return maxLanes_ == 0 || maxRate_ < kRates.back() ? VEK_BAD_DATA : VEK_OK;
+    return maxLanes_ == 0 || maxRate_ < dpcd::kLinkRates.back() ? VEK_BAD_DATA : VEK_OK;
 }
 
 /// The DPCD's TRAINING_LANEx_SET for the present drives.
@@ -234,7 +232,7 @@ DpLinkTrainer::Outcome DpLinkTrainer::trainWith(std::uint8_t rate, std::uint8_t 
 DpLinkTrainer::Outcome DpLinkTrainer::stepDown(DpLink& link)
 {
     for (std::uint8_t lanes = maxLanes_; lanes > 0; lanes = static_cast<std::uint8_t>(lanes / 2)) {
-        for (const std::uint8_t rate : kRates) {
+        for (const std::uint8_t rate : dpcd::kLinkRates) {
             if (rate > maxRate_) {
                 continue;
             }

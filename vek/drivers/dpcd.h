@@ -1,6 +1,8 @@
 #ifndef VEK_DRIVERS_DPCD_H
 #define VEK_DRIVERS_DPCD_H
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -91,6 +93,14 @@ constexpr std::uint8_t kSelfTestOverAux = 1U << 4;
 constexpr std::uint8_t kRbr = 0x06;
 constexpr std::uint8_t kHbr = 0x0a;
 constexpr std::uint8_t kHbr2 = 0x14;
+
+/// The link rates that this family knows, the fastest one first.
+constexpr std::array kLinkRates{kHbr2, kHbr, kRbr};
+
+constexpr bool isLinkRate(std::uint32_t rate)
+{
+    return std::find(kLinkRates.begin(), kLinkRates.end(), rate) != kLinkRates.end();
+}
 
 }  // namespace vek::dpcd
 

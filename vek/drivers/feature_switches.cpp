@@ -8,6 +8,8 @@
 #include <span>
 #include <string_view>
 
+#include "drivers/long_read.h"
+
 namespace vek
 {
 namespace
@@ -88,7 +90,6 @@ private:
     void printTrace(std::uint32_t number);
     void printMode(std::uint32_t multiGpu);
     int refuse(const char* where, std::string_view word);
-    int readLong(std::uint64_t address, std::uint32_t& value);
     int writeLong(std::uint64_t address, std::uint32_t value);
     int open(std::uint32_t functions);
     int clear();
@@ -99,15 +100,6 @@ private:
     CardLock* lock_;
 };
 
-int FeatureCommand::readLong(std::uint64_t address, std::uint32_t& value)
-{
-    const auto [result, read] = registers_.read(address, kRegisterWidth);
-    if (result == VEK_OK) {
-        value = static_cast<std::uint32_t>(read);
-    }
-    return result;
-}
-
 int FeatureCommand::writeLong(std::uint64_t address, std::uint32_t value)
 {
     return registers_.write(address, kRegisterWidth, value);
@@ -117,7 +109,7 @@ int FeatureCommand::open(std::uint32_t functions)
 {
     const CardHold hold(lock_);
     std::uint32_t present = 0;
-    const int result = readLong(kFunctions, present);
+    const int result = readLong(registers_, kFunctions, present);
     return result == VEK_OK ? writeLong(kFunctions, present | functions) : result;
 }
 
@@ -238,9 +230,9 @@ int FeatureCommand::printOpen()
 {
     std::uint32_t functions = 0;
     std::uint32_t multiGpu = 0;
-    int result = readLong(kFunctions, functions);
+    int result = readLong(registers_, kFunctions, functions);
     if (result == VEK_OK) {
-        result = readLong(kMultiGpu, multiGpu);
+        result = readLong(registers_, kMultiGpu, multiGpu);
     }
     if (result != VEK_OK) {
         return result;

@@ -3,6 +3,7 @@
 #include <initializer_list>
 #include <utility>
 
+#include "drivers/long_read.h"
 #include "vek.h"
 
 namespace vek
@@ -11,13 +12,6 @@ namespace
 {
 
 using namespace info_unit;
-
-int readLong(AddressSpace& registers, std::uint64_t address, std::uint32_t& value)
-{
-    const auto [result, read] = registers.read(address, kRegisterWidth);
-    value = static_cast<std::uint32_t>(read);
-    return result;
-}
 
 GopMarks gopMarks(std::uint32_t version, std::uint32_t mode)
 {

@@ -16,14 +16,12 @@ namespace vek
 /// multiples of 4 are answered; registers that are not listed read 0. Only the two marks of the firmware take what is
 /// written.
 ///
-///     0x000  memory_bus   width of the bus to video memory, in bits
-///     0x004  memory_size  video memory, in MiB
-///     0x008  gop_version  the mark of the UEFI driver: bit 31 set by it, major version in bits 15:8, minor in bits 7:0
-///     0x00c  gop_mode     the mode that it has set: width in bits 15:0, height in bits 31:16, in pixels
-///     0x080 + 8 * n       core n (drivers/chip_units.h), 0 behind the last one
-///     0x084 + 8 * n       its load in tenths of a per cent: cycles in which it is busy over cycles of its clock, 0
-///     when
-///                         that is off
+/// - 0x000 memory_bus: width of the bus to video memory, in bits.
+/// - 0x004 memory_size: video memory, in MiB.
+/// - 0x008 gop_version, the mark of the UEFI driver: bit 31 set by it, major version in bits 15:8, minor in bits 7:0.
+/// - 0x00c gop_mode, the mode that it has set: width in bits 15:0, height in bits 31:16, in pixels.
+/// - 0x080 + 8 * n: core n (drivers/chip_units.h), 0 behind the last one.
+/// - 0x084 + 8 * n: its load in tenths of a per cent: busy cycles over all cycles of its clock, 0 when that is off.
 namespace info_unit
 {
 

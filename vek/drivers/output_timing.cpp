@@ -31,11 +31,13 @@ int timingOf(std::span<const std::uint8_t> edid, VekDisplayMode& mode)
     return checkEdid(edid).valid() && preferredTiming(edid, mode) ? VEK_OK : VEK_BAD_DATA;
 }
 
-int monitorTiming(I2cBus& ddc, VekDisplayMode& mode)
+/// The preferred timing of the EDID behind a DDC bus or an AUX channel.
+template <typename Source>
+int timingBehind(Source& source, VekDisplayMode& mode)
 {
     EdidBuffer bytes;
     std::size_t length = 0;
-    const int result = readEdid(ddc, bytes, length);
+    const int result = readEdid(source, bytes, length);
     return result == VEK_OK ? timingOf(std::span(bytes).first(length), mode) : result;
 }
 
@@ -43,11 +45,8 @@ int monitorTiming(I2cBus& ddc, VekDisplayMode& mode)
 
 int sinkTiming(AuxTransfer& aux, VekDisplayMode& mode)
 {
-    EdidBuffer bytes;
-    std::size_t length = 0;
     AuxEdidBlocks display(aux);
-    const int result = readEdid(display, bytes, length);
-    return result == VEK_OK ? timingOf(std::span(bytes).first(length), mode) : result;
+    return timingBehind(display, mode);
 }
 
 int attachedTiming(const Displays& displays, DisplayOutput output, VekDisplayMode& mode)
@@ -60,7 +59,7 @@ int attachedTiming(const Displays& displays, DisplayOutput output, VekDisplayMod
     const int ddc = ddcChannelOf(displays.units, output);
     const auto index = static_cast<std::size_t>(ddc);
     if (ddc >= 0 && index < displays.ddc.size() && displays.ddc[index] != nullptr) {
-        return monitorTiming(*displays.ddc[index], mode);
+        return timingBehind(*displays.ddc[index], mode);
     }
     return VEK_NOT_AVAILABLE;
 }

@@ -3,6 +3,7 @@
 #include <initializer_list>
 #include <utility>
 
+#include "drivers/long_read.h"
 #include "vek.h"
 
 namespace vek
@@ -10,7 +11,6 @@ namespace vek
 namespace
 {
 
-constexpr unsigned kLong = 4;
 constexpr unsigned kHalfShift = 16;
 constexpr std::uint32_t kByteMask = 0xff;
 constexpr std::uint32_t kHalfMask = 0xffff;
@@ -20,13 +20,6 @@ constexpr std::uint64_t kStatus = 0x04;
 constexpr std::uint64_t kRevision = 0x08;
 constexpr std::uint64_t kSubsystemIds = 0x2c;
 constexpr std::uint64_t kCapabilities = 0x34;
-
-int readLong(AddressSpace& configuration, std::uint64_t offset, std::uint32_t& value)
-{
-    const auto [result, read] = configuration.read(offset, kLong);
-    value = static_cast<std::uint32_t>(read);
-    return result;
-}
 
 /// Finds a capability by its id. Its list may be damaged: each step leads to a multiple of 4 behind the header, and
 /// there are not more of these than steps.
