@@ -17,6 +17,8 @@
  *   done, outputs are left untouched.
  * - VEK_NO_RESPONSE: nothing claimed the access. As PCI Express answers an unsupported request, the result cell of a
  *   read then holds all ones; a write has no effect. Every other failure leaves the outputs as they were.
+ * - VEK_NO_MEMORY: the host has no memory for what the function or the simulated card has to hold. Any function that
+ *   reaches a card's memories or its flash may answer it; outputs are left untouched.
  * - The caller owns every buffer and text that it hands over, and the library does not keep them. Texts end with NUL.
  * - A byte is 8 bits, a word 16, a long 32, a quad 64; in memory and in files the low byte comes first.
  * - Functions that print do so with C stdio on standard output.
@@ -206,7 +208,9 @@ int vekQueryInt(int item, int* value, int card);
         LOAD       of each core, in per cent with one decimal
         CHANNEL    I2C channels and CRTCs; each output with its DDC channel, its CRTC and its display
     VEK_BAD_ARGUMENT for any other
-    @param report VEK_QUERY_REPORT_SIZE bytes that receive complete lines and a NUL, on success only */
+    @param report VEK_QUERY_REPORT_SIZE bytes that receive complete lines and a NUL, on success only
+    @return what the first item that cannot be read answers: the whole report fails with it, but for a display whose
+    EDID cannot be read, which CHANNEL tells in its line; VEK_NO_MEMORY when there is none to put a report together */
 int vekQueryInfo(const char* keyword, char* report);
 
 /* ---- Register region ----------------------------------------------------------------------------------------- */
@@ -552,7 +556,8 @@ int vekDpModeRead(int channel, struct VekDisplayMode* mode);
 int vekDpAuxRead(int channel, uint32_t address, uint8_t* value);
 
 /** Reads consecutive bytes of the sink's DPCD. @param address of the first; VEK_BAD_ARGUMENT when the bytes do not lie
-    within 20 bits of address @param buffer receives count bytes @param count 0 or more; 0 does nothing */
+    within 20 bits of address @param buffer receives count bytes, on success only @param count 0 or more; 0 does nothing
+    @return VEK_NO_MEMORY when there is none to gather the bytes in; nothing has been read then */
 int vekDpAuxReadBuf(int channel, uint32_t address, uint8_t* buffer, int count);
 
 /** Writes a byte of the sink's DPCD over the AUX channel. @param address 20-bit DPCD address
@@ -568,8 +573,8 @@ int vekDpAuxEdidGet(int channel, uint8_t* buffer, int* length);
     when no device of that address answers, VEK_NO_ACK_DATA when it does not take the sub-address */
 int vekDpI2cRead(int channel, uint32_t device, uint8_t sub_address, uint8_t* value);
 
-/** Reads consecutive bytes of an I2C device of the sink. @param buffer receives count bytes
-    @param count 0 to 65,536; 0 does nothing @see vekDpI2cRead() */
+/** Reads consecutive bytes of an I2C device of the sink. @param buffer receives count bytes, on success only
+    @param count 0 to 65,536; 0 does nothing @return VEK_NO_MEMORY as vekDpAuxReadBuf() @see vekDpI2cRead() */
 int vekDpI2cReadBuf(int channel, uint32_t device, uint8_t sub_address, uint8_t* buffer, int count);
 
 /** Reads a 16-bit register of the controller's register block. @param address byte address of a register
@@ -665,7 +670,8 @@ int vekVgaSetSigleGain(int colour, uint8_t gain);
    With bit 0 of the control register set, width and height turn from 0 to the size of the picture after one frame, 40
    ms at most, and are 0 without a picture, whether the port has been set up or not; cleared, they stay. */
 
-/** Sets up a capture port and its SAA7111A decoder, which takes composite video from its input AI11.
+/** Sets up a capture port and its SAA7111A decoder, which takes composite video from its input AI11. Any of the
+    decoders may be named for either port, one of them for both as well.
     @param id port, 0 or 1, as in all vekZoomVideo functions; VEK_BAD_ARGUMENT for any other
     @param i2c_channel I2C controller of the decoder, 0 or 1 @param i2c_sa level of the decoder's IICSA pin, 0 or 1
     @param layer 0 hardware layer 1, 1 hardware layer 3
@@ -708,7 +714,8 @@ int vekSpiErase(int address, int size);
 /** Programs the SPI flash; bits only go from 1 to 0, so erase first. Pages of 256 bytes that are all 0xff are not
     programmed, only compared. @param address, size as in vekSpiReadBuffer(); the size a multiple of 4
     @return VEK_PROTECTED when a page of them is write-protected, nothing has been programmed then; VEK_BAD_DATA when a
-    page does not hold its bytes afterwards, as when it was not erased, those behind it are left as they were */
+    page does not hold its bytes afterwards, as when it was not erased, those behind it are left as they were;
+    VEK_NO_MEMORY when the simulated flash cannot hold a page, those before it are programmed then */
 int vekSpiProgram(const void* buffer, int address, int size);
 
 /** Write-protects the whole SPI flash, by the block-protect bits of its status register; the chip keeps this without
@@ -881,7 +888,8 @@ int vekInfoRead(struct gpu_info* info);
                 written on QZ202: 0x14 start timer, 0 stop timer, 1 final, 2 clear
                 read: bit 0 counts, bit 1 final
      0x004  32  latch: a write, whatever value, makes the registers below show the counts of this moment, on QZ202 those
-                of the last whole span; final does so, too
+                of the last span that has ended; final does so, too, on QZ202 after it has ended the span that runs,
+                however short
      0x008  32  cycle, on QZ202: AXI clock cycles after which the timer begins to count anew; a write begins a span, 0
                 stops the timer, which does not start then
      0x00c  32  number of masters, read-only as all below
@@ -897,22 +905,26 @@ int vekInfoRead(struct gpu_info* info);
 
    The file "axiMonitorData" is text of comma-separated values, with the line "time,master,reads,writes,bytes,latency"
    at its head and then one line a master and sample: the time in UTC (2022-03-31T09:05:07.250Z), the master's name, the
-   three counts, and how many AXI clock cycles a transaction took on average, with one decimal. A file that is there is
-   replaced; symbolic links and anything but regular files are refused. It holds complete lines at any moment. */
+   three counts, and how many AXI clock cycles a transaction took on average, with one decimal. It takes the place of a
+   file that is there as a new one, with its heading from the first moment; what is there is left alone when it is a
+   symbolic link, a regular file with several names or no regular file. It holds whole lines at any moment, but for the
+   one in which the host runs out of room: lines that do not fit are taken away again, and end the collection. */
 
 /** Collects the AXI transaction counts of a QZ201 run into the file "axiMonitorData" in the working directory: the
     counts since the last clear, ten times within a second, or fewer times when the run is over by then, once at least.
-    @return VEK_NOT_AVAILABLE when the selected card is no QZ201, VEK_IO_ERROR when the file cannot be written */
+    The last lines of a run that is over hold its final counts.
+    @return VEK_NOT_AVAILABLE when the selected card is no QZ201, VEK_IO_ERROR when the file cannot be written, else
+    what the monitor's registers answer */
 int vekMonitorAxiTrans_QZ201(void);
 
 /** Thread entry: collects the AXI transaction counts of a QZ202 into "axiMonitorData" under a folder of the given name
-    in the working directory until the thread is cancelled: ten times a second those of the last whole span, when it is
-    a new one. It works on the card that is selected when it starts, whatever is selected or closed later. Deferred
+    in the working directory until the thread is cancelled: ten times a second those of the last span that has ended, by
+    the timer or by final, when it is a new one. It works on the card that is selected when it starts, whatever is selected or closed later. Deferred
     cancellation takes effect at once, and nothing stays open.
     @param folder_name 1 to 31 characters, not "." or ".." and without '/'; a folder that is not there is created. The
     text has to stay valid until the thread has ended
     @return null, at once when the name is not such a one, the selected card is no QZ202 or the file cannot be created,
-    and when it cannot be written any more */
+    and when it cannot be written or the monitor's registers cannot be read any more */
 void* vek_thread_qz202monitor(void* folder_name);
 
 /* ---- Scripts ------------------------------------------------------------------------------------------------- */
