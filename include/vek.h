@@ -919,8 +919,8 @@ int vekMonitorAxiTrans_QZ201(void);
 
 /** Thread entry: collects the AXI transaction counts of a QZ202 into "axiMonitorData" under a folder of the given name
     in the working directory until the thread is cancelled: ten times a second those of the last span that has ended, by
-    the timer or by final, when it is a new one. It works on the card that is selected when it starts, whatever is selected or closed later. Deferred
-    cancellation takes effect at once, and nothing stays open.
+    the timer or by final, when it is a new one. It works on the card that is selected when it starts, whatever is
+    selected or closed later. Deferred cancellation takes effect at once, and nothing stays open.
     @param folder_name 1 to 31 characters, not "." or ".." and without '/'; a folder that is not there is created. The
     text has to stay valid until the thread has ended
     @return null, at once when the name is not such a one, the selected card is no QZ202 or the file cannot be created,
