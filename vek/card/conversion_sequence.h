@@ -28,7 +28,9 @@ public:
     /// and no longer than kLongestStep.
     void add(std::uint8_t slot, std::uint64_t nanoseconds)
     {
-        steps_[count_++] = {slot, nanoseconds};
+        slots_[count_] = slot;
+        durations_[count_] = nanoseconds;
+        ++count_;
         cycle_ += nanoseconds;
     }
 
@@ -38,7 +40,7 @@ public:
         next_ = 0;
         repeated_ = repeated;
         running_ = count_ > 0;
-        due_ = running_ ? now + steps_[0].nanoseconds : now;
+        due_ = running_ ? now + durations_[0] : now;
     }
 
     bool running() const { return running_; }
@@ -51,13 +53,13 @@ public:
         skipWholeCycles(now);
         bool lastEnded = false;
         while (running_ && now >= due_) {
-            store(steps_[next_].slot);
+            store(slots_[next_]);
             if (++next_ == count_) {
                 next_ = 0;
                 lastEnded = true;
                 running_ = repeated_;
             }
-            due_ += steps_[next_].nanoseconds;
+            due_ += durations_[next_];
         }
         return lastEnded;
     }
@@ -66,44 +68,32 @@ public:
     template <typename Visitor>
     void visitState(Visitor& visit)
     {
-        visit(steps_, cycle_, due_, running_, repeated_);
-        visit.upTo(count_, steps_.size());
-        visit.upTo(next_, steps_.size() - 1);
+        visit(slots_, durations_, cycle_, due_, running_, repeated_);
+        visit.upTo(count_, kMostSteps);
+        visit.upTo(next_, kMostSteps - 1);
         visit.check(isWhole());
     }
 
     /// Whether all results belong to slots of a range, `end` being the first one after it.
     bool storesWithin(unsigned first, unsigned end) const
     {
-        return count_ <= steps_.size() && std::all_of(steps_.begin(), steps_.begin() + count_, [=](const Step& step) {
-                   return step.slot >= first && step.slot < end;
-               });
+        return count_ <= kMostSteps && std::all_of(slots_.begin(), slots_.begin() + count_,
+                                                   [=](std::uint8_t slot) { return slot >= first && slot < end; });
     }
 
 private:
-    struct Step {
-        std::uint8_t slot;
-        std::uint64_t nanoseconds;
-
-        template <typename Visitor>
-        void visitState(Visitor& visit)
-        {
-            visit(slot, nanoseconds);
-        }
-    };
-
     /// Whether the steps make up the cycle and one of them is next.
     bool isWhole() const
     {
-        if (count_ > steps_.size() || next_ > count_ || (running_ && next_ == count_)) {
+        if (count_ > kMostSteps || next_ > count_ || (running_ && next_ == count_)) {
             return false;
         }
         std::uint64_t cycle = 0;
         for (std::size_t step = 0; step < count_; ++step) {
-            if (steps_[step].nanoseconds == 0 || steps_[step].nanoseconds > kLongestStep) {
+            if (durations_[step] == 0 || durations_[step] > kLongestStep) {
                 return false;
             }
-            cycle += steps_[step].nanoseconds;
+            cycle += durations_[step];
         }
         return cycle == cycle_;
     }
@@ -116,7 +106,10 @@ private:
         }
     }
 
-    std::array<Step, 10> steps_{};
+    static constexpr std::size_t kMostSteps = 10;
+
+    std::array<std::uint8_t, kMostSteps> slots_{};
+    std::array<std::uint64_t, kMostSteps> durations_{};
     std::size_t count_ = 0;
     std::size_t next_ = 0;
     std::uint64_t cycle_ = 0;  ///< Nanoseconds of all steps together.

@@ -15,7 +15,7 @@ namespace vek
 namespace
 {
 
-constexpr std::size_t kMostMappings = 64;
+constexpr std::size_t kMostMappings = 256;
 
 struct GuardedMapping {
     std::uintptr_t base;

@@ -181,8 +181,8 @@ int makeStateFile(const StateEntry& entry, std::uint64_t size, Descriptor& file)
 
 int lockFile(int file, std::uint64_t patience)
 {
-    constexpr long kFirstPause = 10'000;
-    constexpr long kLongestPause = 1'000'000;
+    constexpr long kFirstPause = 1'000;
+    constexpr long kLongestPause = 250'000;
     const std::uint64_t end = monotonicNanoseconds() + patience;
     long pause = kFirstPause;
     while (setLock(file, F_WRLCK) != 0) {
