@@ -179,6 +179,14 @@ ssize_t readTyped(void* /*cookie*/, char* bytes, std::size_t size)
     return static_cast<ssize_t>(count);
 }
 
+// The one that is opened next: it shows what has not been closed.
+int lowestFreeDescriptor()
+{
+    const int descriptor = fcntl(scratch, F_DUPFD_CLOEXEC, 0);
+    close(descriptor);
+    return descriptor;
+}
+
 std::FILE* openSink()
 {
     return fopencookie(nullptr, "w", {.read = nullptr, .write = keepPrinted, .seek = nullptr, .close = nullptr});
@@ -211,6 +219,7 @@ Sandbox::Sandbox(std::string_view typed, bool terminal) : before_{stdin, stdout,
     input_ = openTyped();
     output_ = openSink();
     require(input_ != nullptr && output_ != nullptr);
+    firstFree_ = lowestFreeDescriptor();
     stdin = input_;
     stdout = output_;
     stderr = output_;
@@ -220,6 +229,7 @@ Sandbox::Sandbox(std::string_view typed, bool terminal) : before_{stdin, stdout,
 Sandbox::~Sandbox()
 {
     inside = false;
+    require(lowestFreeDescriptor() == firstFree_);
     stdin = before_[0];
     stdout = before_[1];
     stderr = before_[2];

@@ -20,6 +20,7 @@ namespace fuzz
 ///   - standard output and standard error are kept up to some length, standard input holds what is given here;
 ///   - memory beyond a few MiB is refused, mappings are taken back at the end;
 ///   - signal handlers are not installed, threads are not created.
+/// What the product has opened it has to have closed at the end.
 class Sandbox
 {
 public:
@@ -39,6 +40,7 @@ private:
     std::FILE* input_;
     std::FILE* output_;
     std::FILE* before_[3];
+    int firstFree_;
 };
 
 }  // namespace fuzz
