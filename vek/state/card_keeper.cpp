@@ -272,6 +272,9 @@ int CardKeeper::readState()
         return VEK_OK;
     }
     const auto [number, state] = snapshot_->find();
+    if (lost()) {
+        return VEK_IO_ERROR;
+    }
     if (number == number_ && number != 0) {
         return VEK_OK;
     }
