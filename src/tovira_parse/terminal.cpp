@@ -12,6 +12,8 @@
 #include <cstdio>
 #include <initializer_list>
 
+#include "tovira_parse/progress.h"
+
 namespace
 {
 
@@ -21,11 +23,9 @@ volatile std::sig_atomic_t isRaw = 0;
 volatile std::sig_atomic_t wasStopped = 0;
 termios savedSettings;  // those before raw mode, while isRaw
 
-// Whether the terminal is this process group's. One that controls no jobs of this session is everybody's.
 bool isInForeground()
 {
-    const pid_t owner = tcgetpgrp(STDIN_FILENO);
-    return owner < 0 || owner == getpgrp();
+    return isForegroundOf(STDIN_FILENO);
 }
 
 // The terminal's driver stops a process of the background that reads, here with no signal held back. It goes on in the
@@ -112,6 +112,7 @@ sigset_t signalsOfTheConsole()
 void deliverWithTerminalRestored(int signalNumber)
 {
     const int savedErrno = errno;
+    hideProgressFromSignal();
     giveTerminalBack();
 
     struct sigaction defaultAction = {};
@@ -168,18 +169,6 @@ void provideSignalStack()
     }
 }
 
-void guardSignals()
-{
-    static bool guarded = false;
-    if (guarded) {
-        return;
-    }
-    guarded = true;
-    provideSignalStack();
-    forEachGuardedSignal([](int signalNumber) { install(signalNumber, deliverWithTerminalRestored); });
-    install(SIGCONT, goOnAfterStop);
-}
-
 bool inputIsBuffered()
 {
     return stdin->_IO_read_ptr < stdin->_IO_read_end;
@@ -209,6 +198,24 @@ bool changeTerminal(Change change)
 
 }  // namespace
 
+bool isForegroundOf(int descriptor)
+{
+    const pid_t owner = tcgetpgrp(descriptor);
+    return owner < 0 || owner == getpgrp();
+}
+
+void guardTerminalSignals()
+{
+    static bool guarded = false;
+    if (guarded) {
+        return;
+    }
+    guarded = true;
+    provideSignalStack();
+    forEachGuardedSignal([](int signalNumber) { install(signalNumber, deliverWithTerminalRestored); });
+    install(SIGCONT, goOnAfterStop);
+}
+
 sigset_t holdBackSignals()
 {
     const sigset_t signals = signalsOfTheConsole();
@@ -224,7 +231,7 @@ void releaseSignals(const sigset_t& before)
 
 bool enterRawTerminal()
 {
-    guardSignals();
+    guardTerminalSignals();
     awaitForeground();
     return changeTerminal([] {
         wantsRaw = 1;

@@ -1,4 +1,4 @@
-/// Single keys from the terminal on standard input.
+/// Single keys from the terminal on standard input, and what signals leave behind on a terminal.
 #ifndef TOVIRA_PARSE_TERMINAL_H
 #define TOVIRA_PARSE_TERMINAL_H
 
@@ -15,6 +15,13 @@ bool enterRawTerminal();
 
 /// Puts back what enterRawTerminal saved. False when the terminal call fails.
 bool leaveRawTerminal();
+
+/// Whether a terminal is this process group's. One that controls no jobs of this session is everybody's.
+bool isForegroundOf(int descriptor);
+
+/// From now on every signal that ends or suspends the program by default takes a progress line away (progress.h) and
+/// gives a raw terminal back first. For the console's own thread.
+void guardTerminalSignals();
 
 /// Makes what was printed so far visible when standard output is a terminal; a pipe or a file stays fully buffered.
 void flushTerminalOutput();

@@ -11,6 +11,7 @@
 #include "tovira_parse/handlers.h"
 #include "tovira_parse/heap.h"
 #include "tovira_parse/hex_dump.h"
+#include "tovira_parse/progress.h"
 #include "tovira_parse/sub_commands.h"
 #include "tovira_parse/text.h"
 #include "util_cmd.h"
@@ -25,6 +26,12 @@ constexpr std::size_t kWordSize = 4;
 constexpr std::size_t wholeWords(std::size_t size)
 {
     return (size + kWordSize - 1) / kWordSize * kWordSize;
+}
+
+int readBytes(std::uint8_t* bytes, std::uint32_t address, std::int32_t size)
+{
+    const ElapsedTime elapsed("reading flash", static_cast<std::uint32_t>(size));
+    return vekSpiReadBuffer(bytes, static_cast<std::int32_t>(address), size);
 }
 
 void showBeginning(std::uint32_t address, const std::uint8_t* bytes, std::int32_t size)
@@ -54,7 +61,7 @@ int readFlash(Tokens& arguments)
     if (bytes == nullptr) {
         return kStatusBadCommand;
     }
-    if (vekSpiReadBuffer(bytes.get(), static_cast<std::int32_t>(address), size) != 0) {
+    if (readBytes(bytes.get(), address, size) != 0) {
         return kStatusDone;
     }
     saveFile(arguments.argument(), bytes.get(), typedSize);
@@ -69,6 +76,7 @@ int eraseFlash(Tokens& arguments)
     if (!arguments.number(address) || !arguments.number(size)) {
         return kStatusBadArgument;
     }
+    const ElapsedTime elapsed("erasing flash", size);
     vekSpiErase(static_cast<std::int32_t>(address), static_cast<std::int32_t>(size));
     return kStatusDone;
 }
@@ -98,6 +106,7 @@ int programFlash(Tokens& arguments)
     }
     // A file that ends within a word is not programmed, not even with that word filled up.
     if (image.size == wholeWords(image.length)) {
+        const ElapsedTime elapsed("programming flash", image.size);
         vekSpiProgram(image.text.get(), address, static_cast<std::int32_t>(image.size));
     }
     return kStatusDone;

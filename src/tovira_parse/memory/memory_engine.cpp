@@ -12,6 +12,7 @@
 #include "tovira_parse/hex_digits.h"
 #include "tovira_parse/hex_dump.h"
 #include "tovira_parse/numbers.h"
+#include "tovira_parse/progress.h"
 #include "util_cmd.h"
 
 namespace
@@ -113,12 +114,14 @@ int writeItem(const MemoryFamily& family, Tokens& arguments, std::uint64_t& last
     return kStatusDone;
 }
 
-// One line of a run: its label, and its items behind it. Every line but the first ends the one before it.
+// One line of a run: its label, and its items behind it. Every line but the first ends the one before it. Returns the
+// column of the screen that this leaves off at.
 template <typename Item>
-void printLine(const MemoryFamily& family, std::uint64_t address, const Item* items, std::size_t count, bool isFirst)
+int printLine(const MemoryFamily& family, std::uint64_t address, const Item* items, std::size_t count, bool isFirst)
 {
     if constexpr (sizeof(Item) == 1) {
         printByte(address, items, static_cast<int>(count));
+        return 0;
     } else {
         std::array<char, kLongestLabel + kLongestItem*(kBytesPerLine / sizeof(Item))> line;
         char* out = line.data();
@@ -132,6 +135,7 @@ void printLine(const MemoryFamily& family, std::uint64_t address, const Item* it
             out = putItem(out, items[i]);
         }
         printText(line.data(), out);
+        return static_cast<int>(out - line.data()) - (isFirst ? 0 : 1);
     }
 }
 
@@ -156,6 +160,7 @@ void readAndShowRun(const MemoryFamily& family, const Run& run, const RunSinks& 
     const ItemAccess<Item>& access = accessOf<Item>(family);
     auto* const values = static_cast<Item*>(sinks.values);
     const std::size_t count = run.count < 1 ? 0 : static_cast<std::size_t>(run.count);
+    Progress progress = beginProgress("reading", count * sizeof(Item));
     for (std::size_t first = 0; first < count; first += kItemsPerLine) {
         const std::size_t inLine = std::min(kItemsPerLine, count - first);
         const std::uint64_t address = run.start + first * sizeof(Item);
@@ -169,8 +174,13 @@ void readAndShowRun(const MemoryFamily& family, const Run& run, const RunSinks& 
         if (values != nullptr) {
             std::copy_n(items.begin(), inLine, values + first);
         }
-        printLine(family, address, items.data(), inLine, first == 0);
+        if (progress.sharesOutput) {
+            hideProgress();
+        }
+        const int column = printLine(family, address, items.data(), inLine, first == 0);
+        stepProgress(progress, (first + inLine) * sizeof(Item), column);
     }
+    hideProgress();
     putchar_unlocked('\n');
 }
 

@@ -5,6 +5,7 @@
 #include "tovira_parse/handlers.h"
 #include "tovira_parse/memory/memory_engine.h"
 #include "tovira_parse/numbers.h"
+#include "tovira_parse/progress.h"
 #include "util_cmd.h"
 #include "vek.h"
 
@@ -32,6 +33,22 @@ constexpr MemoryFamily kVideoMemory = {
     .runCasing = UpperCasing::kWholeText,
 };
 
+// Bytes in a run of longs.
+std::uint64_t sizeOf(const Run& run)
+{
+    return endOf(run, sizeof(std::uint32_t)) - run.start;
+}
+
+void printLongs(const void* values, const Run& run)
+{
+    if (outputSharesProgressTerminal()) {
+        dump_vram(values, sizeof(std::uint32_t), run.start, run.count);
+        return;
+    }
+    const ElapsedTime elapsed("printing", sizeOf(run));
+    dump_vram(values, sizeof(std::uint32_t), run.start, run.count);
+}
+
 // False when there is no memory to read the run into.
 bool showLongs(const Run& run)
 {
@@ -39,8 +56,11 @@ bool showLongs(const Run& run)
     if (buffer == nullptr) {
         return false;
     }
-    vekMultiVramReadLong(static_cast<std::uint32_t*>(buffer.get()), run.start, run.count, nullptr);
-    dump_vram(buffer.get(), sizeof(std::uint32_t), run.start, run.count);
+    {
+        const ElapsedTime elapsed("reading", sizeOf(run));
+        vekMultiVramReadLong(static_cast<std::uint32_t*>(buffer.get()), run.start, run.count, nullptr);
+    }
+    printLongs(buffer.get(), run);
     putchar('\n');
     return true;
 }
@@ -51,6 +71,7 @@ int readLongs(Tokens& arguments, int repeat, std::uint64_t& start)
     const Run run = takeRun(arguments, repeat, start);
     const char* const fileName = arguments.argument();
     if (fileName != nullptr) {
+        const ElapsedTime elapsed("reading", sizeOf(run));
         vekMultiVramReadLong(nullptr, run.start, run.count, fileName);
     } else if (run.count < 1 || !fitsBuffer(run, sizeof(std::uint32_t))) {
         putchar('\n');
