@@ -165,7 +165,9 @@ TEST_F(CardTest, SelectsAnotherCard)
     };
     for (const Selection& selection :
          {Selection{"card 0", 0}, Selection{"card 2", 2}, Selection{"card 1f", 31}, Selection{"card 0X1F", 31},
-          Selection{"card 0x1f", 31}, Selection{"card,2,9", 2}, Selection{"card\t2\r\n", 2}, Selection{"card zz", 0}}) {
+          Selection{"card 0x1f", 31}, Selection{"card,2,9", 2}, Selection{"card\t2\r\n", 2}, Selection{"card zz", 0},
+          // As every number: what is none is 0, and of a long one the low 32 bits count.
+          Selection{"card -", 0}, Selection{"card --1", 0}, Selection{"card 100000002", 2}}) {
         present(32, 1);
         const std::string index = std::to_string(selection.index);
         EXPECT_EQ(call(doCard, selection.typed), (Outcome{0, "set card index: " + index + "\n"})) << selection.typed;
