@@ -1,6 +1,7 @@
 #ifndef VEK_ADDRESS_SPACE_H
 #define VEK_ADDRESS_SPACE_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -23,11 +24,26 @@ constexpr ReadResult kUnanswered{VEK_NO_RESPONSE, kAllOnes};
 
 /// Memory of the host that stands behind a stretch of an address space and does nothing but hold what is written.
 struct PlainMemory {
-    unsigned char* base = nullptr;  ///< What address 0 would lie at.
-    std::uint64_t first = 0;        ///< Lowest address of the stretch.
+    unsigned char* base = nullptr;  ///< What the lowest address of the stretch lies at.
+    std::uint64_t first = 0;        ///< That address.
     std::uint64_t length = 0;  ///< An item of any width that begins less than this above `first` lies wholly inside.
 
     bool holds(std::uint64_t address) const { return address - first < length; }
+
+    /// Where an address that it holds lies.
+    unsigned char* at(std::uint64_t address) const { return base + (address - first); }
+
+    /// The part of it in which items lie wholly between two of its addresses, which may be none.
+    PlainMemory between(std::uint64_t from, std::uint64_t to) const
+    {
+        constexpr std::uint64_t kWidestItem = 8;
+        const std::uint64_t begin = std::max(from, first);
+        const std::uint64_t end = std::min(to, first + length + kWidestItem - 1);
+        if (begin >= end || end - begin < kWidestItem) {
+            return {};
+        }
+        return {.base = base + (begin - first), .first = begin, .length = end - begin - kWidestItem + 1};
+    }
 };
 
 /// Something that answers to addresses: a memory, a register file, a bus. Items are little-endian and may lie at any

@@ -55,7 +55,7 @@ protected:
     {
         if (region.plainMemory().holds(address)) {
             std::uint32_t item = 0;
-            std::memcpy(&item, region.plainMemory().base + address, sizeof item);
+            std::memcpy(&item, region.plainMemory().at(address), sizeof item);
             return item;
         }
         return region.read(address, 4).value;

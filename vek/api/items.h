@@ -27,7 +27,7 @@ int readItem(std::uint64_t address, Item* cell)
     // Dumps come by here for every item: without a call for those that plain memory holds.
     const PlainMemory& plain = space->plainMemory();
     if (plain.holds(address)) [[likely]] {
-        std::memcpy(cell, plain.base + address, sizeof *cell);
+        std::memcpy(cell, plain.at(address), sizeof *cell);
         return VEK_OK;
     }
     const auto [result, value] = space->read(address, sizeof(Item));
@@ -50,7 +50,7 @@ int writeItem(std::uint64_t address, Item value)
     }
     const PlainMemory& plain = space->plainMemory();
     if (plain.holds(address)) [[likely]] {
-        std::memcpy(plain.base + address, &value, sizeof value);
+        std::memcpy(plain.at(address), &value, sizeof value);
         return VEK_OK;
     }
     return space->write(address, sizeof(Item), value);

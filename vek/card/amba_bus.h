@@ -20,13 +20,18 @@ public:
     constexpr explicit AmbaBus(const std::array<AddressWindow, kWindows>& windows) : windows_(windows) {}
 
     /// Puts something else behind a window.
-    void setTarget(std::size_t window, AddressSpace* target) { windows_[window].target = target; }
+    void setTarget(std::size_t window, AddressSpace* target)
+    {
+        windows_[window].target = target;
+        withdrawPlainMemory();
+    }
 
     ReadResult read(std::uint64_t address, unsigned width) override;
     int write(std::uint64_t address, unsigned width, std::uint64_t value) override;
 
 private:
     const AddressWindow* windowOf(std::uint64_t address, unsigned width) const;
+    void exposeMemoryBehind(const AddressWindow& window);
 
     std::array<AddressWindow, kWindows> windows_;
 };

@@ -1,7 +1,5 @@
 #include "card/register_region.h"
 
-#include <algorithm>
-
 #include "vek.h"
 
 namespace vek
@@ -11,7 +9,6 @@ namespace
 
 constexpr unsigned kByteBits = 8;
 constexpr std::uint64_t kByteMask = 0xff;
-constexpr std::uint64_t kWidestItem = 8;
 
 }  // namespace
 
@@ -28,17 +25,16 @@ const AddressWindow* RegisterRegion::deviceTouchedBy(std::uint64_t address, unsi
 /// Lets the accesses that follow go straight to the storage between the devices on both sides of an address.
 void RegisterRegion::exposeStorageAround(std::uint64_t address)
 {
-    const PlainMemory& whole = storage_.plainMemory();
-    std::uint64_t first = whole.first;
-    std::uint64_t end = whole.first + whole.length;
+    std::uint64_t first = 0;
+    std::uint64_t end = kRegisterRegionSize;
     for (const AddressWindow& device : devices_) {
         if (device.base > address) {
-            end = std::min(end, device.base - (kWidestItem - 1));
+            end = device.base;
             break;
         }
         first = device.end();
     }
-    setPlainMemory({.base = whole.base, .first = first, .length = end > first ? end - first : 0});
+    setPlainMemory(storage_.plainMemory().between(first, end));
 }
 
 ReadResult RegisterRegion::readBytes(std::uint64_t address, unsigned width)

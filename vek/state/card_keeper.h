@@ -59,7 +59,7 @@ public:
 
     /// Spaces of which plain memory must not be used any more when something is lost. They have to live as long as the
     /// keeper.
-    void watch(const std::array<AddressSpace*, 2>& exposing) { loss_.exposing = exposing; }
+    void watch(const std::array<AddressSpace*, 4>& exposing) { loss_.exposing = exposing; }
 
 private:
     /// Each field of a state is part of one of the two.

@@ -15,7 +15,7 @@ namespace vek
 struct FileLoss {
     const char* folder = "";         ///< Of the card's files, for the message.
     std::atomic<bool> lost = false;  ///< Some contents are gone: what is read may be 0 and what is written is not kept.
-    std::array<AddressSpace*, 2> exposing{};  ///< Spaces that give away plain memory; they do not once it is lost.
+    std::array<AddressSpace*, 4> exposing{};  ///< Spaces that give away plain memory; they do not once it is lost.
 };
 
 /// Watches a mapping of a file. A page of it that the host cannot provide is replaced by one of zeros, which nobody

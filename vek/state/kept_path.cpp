@@ -88,7 +88,7 @@ void putBefore(KeptEnds& ends)
     path.dpControllers = ends.before(path.dpControllers);
     path.edpBacklight = ends.before(path.edpBacklight);
     path.lock = &ends.keeper;
-    ends.keeper.watch({path.registers, path.videoMemory});
+    ends.keeper.watch({path.registers, path.videoMemory, path.amba, path.crtc});
 }
 
 }  // namespace
