@@ -41,6 +41,11 @@ inline char* putFixedHex(char* out, std::uint64_t value, int bytes)
 inline char* putHex(char* out, std::uint64_t value, int digits)
 {
     constexpr int kMostDigits = 16;
+    constexpr int kDigitsOfLabel = 8;
+    // Nearly all labels of a dump, with a count of digits that the compiler knows.
+    if (digits == kDigitsOfLabel && value >> 32U == 0) {
+        return putFixedHex(out, value, kDigitsOfLabel / 2);
+    }
     int shown = digits;
     while (shown < kMostDigits && (value >> (4U * static_cast<unsigned>(shown))) != 0) {
         ++shown;

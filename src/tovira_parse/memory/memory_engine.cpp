@@ -67,7 +67,7 @@ char* putItem(char* out, Item item)
 
 void printText(const char* begin, const char* end)
 {
-    fwrite(begin, 1, static_cast<std::size_t>(end - begin), stdout);
+    fwrite_unlocked(begin, 1, static_cast<std::size_t>(end - begin), stdout);
 }
 
 template <typename Item>
