@@ -8,6 +8,7 @@
 #include <cstdlib>
 
 #include "tovira_parse/dispatcher.h"
+#include "tovira_parse/hex_digits.h"
 #include "tovira_parse/line_editor.h"
 #include "tovira_parse/options.h"
 #include "util_cmd.h"
@@ -38,6 +39,19 @@ void prepareOutput()
     }
 }
 
+// The line that every run begins with. The first use of printf would cost a short run a fiftieth of its time.
+void announcePath(const char* path)
+{
+    constexpr std::size_t kLongestChip = 16;
+    char chip[kLongestChip + 1];
+    *putHex(chip, get_device_id(), 1) = '\0';
+    fputs("enter command line with ", stdout);
+    fputs(path, stdout);
+    fputs(" for QZ", stdout);
+    fputs(chip, stdout);
+    puts("!");
+}
+
 bool openDriverDevice(const char* progName)
 {
     if (vekRwOpen(set_card) < 0) {
@@ -45,7 +59,7 @@ bool openDriverDevice(const char* progName)
         progHelp(progName);
         return false;
     }
-    printf("enter command line with /dev/vekrw for QZ%x!\n", get_device_id());
+    announcePath("/dev/vekrw");
     return true;
 }
 
@@ -53,9 +67,9 @@ void announceOpenedPath()
 {
     const int mode = get_s_type();
     if (mode == VEK_ACCESS_SERIAL) {
-        printf("enter command line with serial port for QZ%x!\n", get_device_id());
+        announcePath("serial port");
     } else if (mode == VEK_ACCESS_MEM) {
-        printf("enter command line with /dev/mem for QZ%x!\n", get_device_id());
+        announcePath("/dev/mem");
     }
 }
 
