@@ -37,7 +37,7 @@ def curves(folder, tiny):
     yield "`load` of n writes", min(last, 22), load
 
 
-def cost_of_one(console, folder, command, count):
+def cost_of_one(console, folder, command, count, runs):
     """The CPU time of one command of that count."""
     times = max(1, (1 << LEAST_WORK_POWER) // count)
     script = os.path.join(folder, "growth")
@@ -46,15 +46,17 @@ def cost_of_one(console, folder, command, count):
     width = max(len(line) for line in lines)
     with open(script, "w", encoding="ascii") as file:
         file.write("".join(f"{line.ljust(width)}\n" for line in lines))
-    return statistics.median(run([console, "--cmd", f"load {script}"], folder).cpu for _ in range(RUNS)) / times
+    return statistics.median(run([console, "--cmd", f"load {script}"], folder).cpu for _ in range(runs)) / times
 
 
 def print_table(console, folder, tiny):
+    """Prints a Markdown table. True: there is no goal to miss."""
     print("| Command | Counts | Exponent | Per item at the smallest count | at the largest |")
     print("|---|---|---|---|---|")
     for name, last, command in curves(folder, tiny):
-        points = [(1 << power, cost_of_one(console, folder, command, 1 << power))
+        points = [(1 << power, cost_of_one(console, folder, command, 1 << power, 1 if tiny else RUNS))
                   for power in range(FIRST_POWER, last + 1)]
         per_item = [cost / count * 1e9 for count, cost in points]
         print(f"| {name} | 2^{FIRST_POWER} to 2^{last} | {exponent(points):.3f} | {per_item[0]:.2f} ns "
               f"| {per_item[-1]:.2f} ns |", flush=True)
+    return True

@@ -31,9 +31,10 @@ def count(console, folder, command):
 
 
 def print_table(console, folder, tiny):
+    """Prints a Markdown table. True: there is no goal to miss."""
     if shutil.which("valgrind") is None:
         print("skipped: valgrind is not installed", file=sys.stderr)
-        return
+        return True
     print("| Path | Instructions |")
     print("|---|---|")
     print(f'| `--cmd "{START}"`, start to exit | {count(console, folder, START)} |', flush=True)
@@ -43,3 +44,4 @@ def print_table(console, folder, tiny):
     for name, command in HOT_PATHS[:1] if tiny else HOT_PATHS:
         more = count(console, folder, command.format(count=MANY)) - count(console, folder, command.format(count=FEW))
         print(f"| {name} | {more / (MANY - FEW):.2f} |", flush=True)
+    return True

@@ -13,13 +13,28 @@ import argparse
 import os
 import sys
 import tempfile
+import time
 
 import growth
 import instructions
 import memory
 import side_by_side
 
-SECTIONS = ("ratios", "growth", "memory", "instructions")
+SECTIONS = {
+    "ratios": ("Beside other tools", side_by_side),
+    "growth": ("Growth with the count", growth),
+    "memory": ("Peak memory", memory),
+    "instructions": ("Instructions", instructions),
+}
+
+
+def machine():
+    """What a figure is worth without: when and where it was measured."""
+    with open("/proc/cpuinfo", encoding="ascii") as file:
+        models = [line.split(":", 1)[1].strip() for line in file if line.startswith("model name")]
+    system = os.uname()
+    return (f"{time.strftime('%Y-%m-%d %H:%M', time.gmtime())} UTC, {len(models)} processors {models[0]}, "
+            f"{system.sysname} {system.release}, load {os.getloadavg()[0]:.1f}")
 
 
 def main():
@@ -37,14 +52,15 @@ def main():
     console = os.path.join(os.path.abspath(options.build), "tovira_util_tool")
     if not os.access(console, os.X_OK):
         sys.exit(f"{console}: not built")
+    print(machine())
     met = True
     with tempfile.TemporaryDirectory() as folder:
-        if "ratios" in wanted:
-            met = side_by_side.print_table(console, folder, side_by_side.TINY if options.tiny else side_by_side.Sizes())
-        for name, section in (("growth", growth), ("memory", memory), ("instructions", instructions)):
-            if name in wanted:
-                print()
-                section.print_table(console, folder, options.tiny)
+        for name in SECTIONS:
+            if name not in wanted:
+                continue
+            title, section = SECTIONS[name]
+            print(f"\n### {title}\n")
+            met = section.print_table(console, folder, options.tiny) and met
         os.chdir(root)
     return 0 if met or options.tiny else 1
 

@@ -152,12 +152,12 @@ class Benches:
             yield from group()
 
 
-def print_table(console, folder, sizes):
+def print_table(console, folder, tiny):
     """Prints a Markdown table; tools that are not there are skipped aloud. True when every goal is met."""
     print("| Work | Peer | Ours | Peer's | Ratio, median | Middle half | Goal: at most |")
     print("|---|---|---|---|---|---|---|")
     met = True
-    for row in Benches(console, folder, sizes).rows():
+    for row in Benches(console, folder, TINY if tiny else Sizes()).rows():
         if shutil.which(row.needs) is None:
             print(f"skipped: {row.needs} is not installed", file=sys.stderr)
             print(f"| {row.work} | {row.peer} | | | not measured | | {row.goal} |")
