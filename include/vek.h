@@ -139,11 +139,16 @@ extern "C" {
 
 /* ---- Connection ---------------------------------------------------------------------------------------------- */
 
-/** Opens the driver device of a card, 0 to 3, and closes what was open. @return not negative, or VEK_NO_RESPONSE when
-    that card does not exist. Where the environment names a folder for the state of the cards, also VEK_PROTECTED when
-    others have rights to it, VEK_BAD_DATA when what is in there is damaged or not of that card, VEK_IO_ERROR,
-    VEK_NO_MEMORY or VEK_TIMED_OUT, with a line on standard error that names the file. On any failure what was open
-    stays open. */
+/** Opens the driver device of a card, 0 to 3, and closes what was open. The first call fits the simulated cards: those
+    of the description that the environment variable VEK_CARD_DESCRIPTION names (docs/card-description.md), unless the
+    program runs with rights that its caller does not have, else the built-in ones.
+    @return not negative, or VEK_NO_RESPONSE when that card does not exist; VEK_BAD_DATA when the description has a
+    mistake, VEK_IO_ERROR when it or a file that it names cannot be read, VEK_NO_MEMORY, or VEK_NOT_AVAILABLE when the
+    library that reads descriptions is missing, with a line on standard error. What was open stays open then, no card of
+    a wrong description is fitted, and the next call reads it anew. Where the environment names a folder for the state of
+    the cards (docs/state-folder.md), also VEK_PROTECTED when others have rights to it, VEK_BAD_DATA when what is in
+    there is damaged or not of that card, VEK_IO_ERROR, VEK_NO_MEMORY or VEK_TIMED_OUT, with a line on standard error
+    that names the file. */
 int vekRwOpen(int card);
 
 /** Maps the register region and the video memory through /dev/mem and closes what was open. Addresses are physical,

@@ -10,6 +10,7 @@
 
 #include "path/driver_path.h"
 #include "serial/tty_port.h"
+#include "vek.h"
 
 namespace vek
 {
@@ -74,6 +75,9 @@ BoardOptions parseBoardOptions(int argc, char** argv)
     if (optind < argc) {
         return refused(argv[0], "no arguments but options are known");
     }
+    if (fitCards() != VEK_OK) {
+        return {.action = BoardOptions::Action::kFail};
+    }
     if (driverPath(options.card) == nullptr) {
         return refused(argv[0], "there is no such card");
     }
@@ -91,7 +95,7 @@ void printBoardUsage(std::FILE* out, const char* program)
     std::fprintf(out,
                  "Usage: %s [--card N] [--pty | --tty DEVICE [--baud RATE]] [--once]\n"
                  "Serves a simulated card over a serial line, as the firmware of a board does.\n"
-                 "  --card N      card 0 (QZ201, the default) or 1 (QZ202)\n"
+                 "  --card N      card 0 (QZ201, the default) or 1 (QZ202), or those that VEK_CARD_DESCRIPTION names\n"
                  "  --pty         make a pseudo-terminal and print its name (the default)\n"
                  "  --tty DEVICE  serve on a serial line of this host\n"
                  "  --baud RATE   9600 (the default), 19200, 38400, 115200 or 460800\n"

@@ -8,7 +8,12 @@ namespace vek
 
 /// What the board program is to do.
 struct BoardOptions {
-    enum class Action { kServe, kHelp, kRefuse };
+    enum class Action {
+        kServe,
+        kHelp,
+        kRefuse,  ///< The command line is wrong.
+        kFail,    ///< The cards cannot be had, and the reason has been printed.
+    };
 
     Action action = Action::kServe;
     int card = 0;               ///< Index of a simulated card.

@@ -187,6 +187,8 @@ int main(int argc, char** argv)
         case vek::BoardOptions::Action::kRefuse:
             vek::printBoardUsage(stderr, argv[0]);
             return EXIT_FAILURE;
+        case vek::BoardOptions::Action::kFail:
+            return EXIT_FAILURE;
         default:
             return vek::run(options);
     }

@@ -46,16 +46,6 @@ FittedCard builtinCard(int index)
                       : FittedCard{&builtinPaths[1], &secondCard, &secondDriver, kSecondFingerprint};
 }
 
-/// Fits the cards of the description that the environment names, if any, unless that has been done.
-int followDescription()
-{
-    if (describedCardCount() != 0) {
-        return VEK_OK;
-    }
-    const char* const file = secure_getenv(VEK_CARD_DESCRIPTION_VARIABLE);
-    return file == nullptr || file[0] == '\0' ? VEK_OK : fitDescribedCards(file, kernelMemory);
-}
-
 /// Lets a card keep its state in a folder from now on.
 OpenedPath openKeptPath(int index, const FittedCard& fitted, const char* folder)
 {
@@ -68,6 +58,15 @@ OpenedPath openKeptPath(int index, const FittedCard& fitted, const char* folder)
 }
 
 }  // namespace
+
+int fitCards()
+{
+    if (describedCardCount() != 0) {
+        return VEK_OK;
+    }
+    const char* const file = secure_getenv(VEK_CARD_DESCRIPTION_VARIABLE);
+    return file == nullptr || file[0] == '\0' ? VEK_OK : fitDescribedCards(file, kernelMemory);
+}
 
 int driverCards()
 {
@@ -90,7 +89,7 @@ const AccessPath* driverPath(int card)
 
 OpenedPath openDriverPath(int card)
 {
-    const int result = followDescription();
+    const int result = fitCards();
     if (result != VEK_OK) {
         return {result, nullptr};
     }
