@@ -1,4 +1,4 @@
-// Where the hardened programs begin: the C library's own entry, which is reached by an indirect jump, has no landing pad.
+// Where the hardened programs begin: the C library's own entry, which an indirect jump reaches, has no landing pad.
 
 extern "C" [[gnu::naked]] void startOnLandingPad()
 {

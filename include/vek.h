@@ -19,10 +19,11 @@
  *   read then holds all ones; a write has no effect. Every other failure leaves the outputs as they were.
  * - VEK_NO_MEMORY: the host has no memory for what the function or the simulated card has to hold. Any function that
  *   reaches a card's memories or its flash may answer it; outputs are left untouched.
- * - With a card that keeps its state in a folder (docs/state-folder.md) any function that reaches the card may also answer
- *   VEK_TIMED_OUT, when another program has had the card to itself for 5 seconds, VEK_IO_ERROR, when a file of the folder
- *   has been cut short or the disk is full, from then on always, and VEK_BAD_DATA, when the file with the state has been
- *   damaged meanwhile. I2C transfers answer VEK_TIMED_OUT and AUX transactions VEK_IO_ERROR for all of these.
+ * - With a card that keeps its state in a folder (docs/state-folder.md) any function that reaches the card may also
+ *   answer VEK_TIMED_OUT, when another program has had the card to itself for 5 seconds, VEK_IO_ERROR, when a file of
+ *   the folder has been cut short or the disk is full, from then on always, and VEK_BAD_DATA, when the file with the
+ *   state has been damaged meanwhile. I2C transfers answer VEK_TIMED_OUT and AUX transactions VEK_IO_ERROR for all of
+ *   these.
  * - The caller owns every buffer and text that it hands over, and the library does not keep them. Texts end with NUL.
  * - A byte is 8 bits, a word 16, a long 32, a quad 64; in memory and in files the low byte comes first.
  * - Functions that print do so with C stdio on standard output.
@@ -145,10 +146,10 @@ extern "C" {
     @return not negative, or VEK_NO_RESPONSE when that card does not exist; VEK_BAD_DATA when the description has a
     mistake, VEK_IO_ERROR when it or a file that it names cannot be read, VEK_NO_MEMORY, or VEK_NOT_AVAILABLE when the
     library that reads descriptions is missing, with a line on standard error. What was open stays open then, no card of
-    a wrong description is fitted, and the next call reads it anew. Where the environment names a folder for the state of
-    the cards (docs/state-folder.md), also VEK_PROTECTED when others have rights to it, VEK_BAD_DATA when what is in
-    there is damaged or not of that card, VEK_IO_ERROR, VEK_NO_MEMORY or VEK_TIMED_OUT, with a line on standard error
-    that names the file. */
+    a wrong description is fitted, and the next call reads it anew. Where the environment names a folder for the
+    state of the cards (docs/state-folder.md), also VEK_PROTECTED when others have rights to it, VEK_BAD_DATA when what
+    is in there is damaged or not of that card, VEK_IO_ERROR, VEK_NO_MEMORY or VEK_TIMED_OUT, with a line on standard
+    error that names the file. */
 int vekRwOpen(int card);
 
 /** Maps the register region and the video memory through /dev/mem and closes what was open. Addresses are physical,

@@ -1,6 +1,6 @@
 /// Files that commands read and write. The names come from whoever types, and the program runs as root: what may keep a
-/// reader or writer waiting, or end it when the other end leaves, is refused, as FIFOs, sockets and directories are, and
-/// so are links that a stranger may have laid (guarded_open.h).
+/// reader or writer waiting, or end it when the other end leaves, is refused, as FIFOs, sockets and directories are,
+/// and so are links that a stranger may have laid (guarded_open.h).
 #ifndef TOVIRA_PARSE_FILES_H
 #define TOVIRA_PARSE_FILES_H
 

@@ -47,7 +47,7 @@ timespec toTimespec(std::int64_t time)
 
 bool isCapableTerminal()
 {
-    const char* const terminal = getenv("TERM");
+    const char* const terminal = secure_getenv("TERM");
     return isatty(STDERR_FILENO) == 1 && (terminal == nullptr || strcmp(terminal, "dumb") != 0);
 }
 

@@ -275,6 +275,17 @@ TEST_F(ResourceTest, EndsByTheSignalOfABrokenPipe)
     }
 }
 
+/** What C stdio is about to write would be lost in an interrupted write; none is, whatever stops the program. */
+TEST_F(ResourceTest, KeepsItsOutputWhenItIsStoppedAndContinued)
+{
+    const std::string expected = runLine("rrbs 0 20000").output;
+    const Result result = runScript(
+        "mkfifo pipe; \"$0\" --cmd 'rrbs 0 20000' >pipe & program=$!; cat pipe >seen & reader=$!\n"
+        "while kill -STOP $program 2>/dev/null; do kill -CONT $program; done; wait $program; wait $reader");
+    expectEnd(result);
+    EXPECT_TRUE(readFile("seen") == expected);
+}
+
 TEST_F(ResourceTest, EndsTheConsoleWhoseInputHasEnded)
 {
     for (const char* script : {"exec \"$0\" <&-", "exec \"$0\" </dev/null", "exec \"$0\" <&- >&- 2>&-"}) {

@@ -3,8 +3,8 @@
 #include <random>
 #include <string_view>
 
-#include "memory_line.h"
 #include "crc32.h"
+#include "memory_line.h"
 #include "serial/frame.h"
 
 namespace serial_test

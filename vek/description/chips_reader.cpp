@@ -13,8 +13,6 @@ namespace vek
 namespace
 {
 
-using std::string_view_literals::operator""sv;
-
 enum class ChipKind : std::uint8_t { kEeprom, kDecoder, kLtc2990, kLtc2991, kIna3221 };
 
 constexpr std::array kKindNames{"24C02"sv, "SAA7111A"sv, "LTC2990"sv, "LTC2991"sv, "INA3221"sv};

@@ -39,7 +39,7 @@ bool besideLibrary(FileName& name)
         own.dli_fname[0] != '/' || std::strlen(own.dli_fname) >= name.size()) {
         return false;
     }
-    std::strcpy(name.data(), own.dli_fname);
+    std::memcpy(name.data(), own.dli_fname, std::strlen(own.dli_fname) + 1);
     return putBeside(name, "");
 }
 
