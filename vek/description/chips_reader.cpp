@@ -15,7 +15,7 @@ namespace
 
 enum class ChipKind : std::uint8_t { kEeprom, kDecoder, kLtc2990, kLtc2991, kIna3221 };
 
-constexpr std::array kKindNames{"24C02"sv, "SAA7111A"sv, "LTC2990"sv, "LTC2991"sv, "INA3221"sv};
+constexpr std::array<std::string_view, 5> kKindNames{"24C02", "SAA7111A", "LTC2990", "LTC2991", "INA3221"};
 
 /// The addresses that the pins of each kind choose from.
 constexpr std::array<Range, kKindNames.size()> kAddresses{{{0x50, 0x57},
@@ -24,7 +24,7 @@ constexpr std::array<Range, kKindNames.size()> kAddresses{{{0x50, 0x57},
                                                            {ltc2991::kFirstAddress, ltc2991::kFirstAddress + 7},
                                                            {ina3221::kAddress, ina3221::kAddress + 3}}};
 
-constexpr std::array kSignals{"none"sv, "PAL"sv, "NTSC"sv};
+constexpr std::array<std::string_view, 3> kSignals{"none", "PAL", "NTSC"};
 
 constexpr std::size_t kMostChips = 1 + BoardChips::kDecoders + 3 * BoardChips::kMostMonitors;
 constexpr std::int32_t kMicro = 1'000'000;
