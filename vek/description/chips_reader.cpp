@@ -90,7 +90,7 @@ void readRails(TableReader& chip, std::array<MonitoredRail, Rails>& rails)
     std::vector<TableReader> readers = chip.tables("rails", Rails);
     for (std::size_t number = 0; number < readers.size(); ++number) {
         TableReader& rail = readers[number];
-        for (const std::string_view key : {"volts"sv, "amperes"sv, "milliohms"sv}) {
+        for (const char* const key : {"volts", "amperes", "milliohms"}) {
             rail.require(key);
         }
         rails[number] = {.microvolts = rail.scaled("volts", {0, 40}, kMicro).value_or(0),
