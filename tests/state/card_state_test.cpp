@@ -6,7 +6,6 @@
 
 #include <sys/mman.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -18,7 +17,6 @@
 #include <cstring>
 #include <ctime>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <ostream>
 #include <random>
@@ -31,6 +29,7 @@
 #include "card/kernel_memory.h"
 #include "card/simulated_card.h"
 #include "drivers/driver_core.h"
+#include "forked_test.h"
 #include "path/path_to_card.h"
 #include "scratch_folder.h"
 #include "state/card_keeper.h"
@@ -512,24 +511,6 @@ protected:
         }
     }
 
-    /** Runs a function in a process of its own. */
-    static pid_t start(const std::function<void()>& function)
-    {
-        const pid_t child = fork();
-        if (child == 0) {
-            function();
-            _exit(testing::Test::HasFailure() ? 1 : 0);
-        }
-        return child;
-    }
-
-    static int statusOf(pid_t child)
-    {
-        int status = -1;
-        EXPECT_EQ(waitpid(child, &status, 0), child);
-        return status;
-    }
-
 private:
     ScratchFolder scratch_;
 };
@@ -539,10 +520,10 @@ TEST_F(KeptCardTest, LosesNoUpdateOfTwoPrograms)
     constexpr int kTimes = 2000;
     std::array<pid_t, 2> programs{};
     for (pid_t& program : programs) {
-        program = start([&] { increment(*open(), kTimes); });
+        program = forked::start([&] { increment(*open(), kTimes); });
     }
     for (const pid_t program : programs) {
-        EXPECT_EQ(statusOf(program), 0);
+        EXPECT_EQ(forked::statusOf(program), 0);
     }
     EXPECT_EQ(open()->read(kCounter), 2U * kTimes);
 }
@@ -573,7 +554,7 @@ TEST_F(KeptCardTest, IsRefusedWhileAnotherProgramKeepsItAndBackWhenThatIsKilled)
     open();
     std::array<int, 2> pipe{};
     ASSERT_EQ(::pipe(pipe.data()), 0);
-    const pid_t holder = start([&] {
+    const pid_t holder = forked::start([&] {
         const auto view = open();
         increment(*view, 1);
         view->keeper.enter();
@@ -587,7 +568,7 @@ TEST_F(KeptCardTest, IsRefusedWhileAnotherProgramKeepsItAndBackWhenThatIsKilled)
     View refused(folder(), kShort);
     EXPECT_EQ(refused.result, VEK_TIMED_OUT);
     kill(holder, SIGKILL);
-    statusOf(holder);
+    forked::statusOf(holder);
     EXPECT_EQ(open()->read(kCounter), 1U) << "what was not finished is not there";
     close(pipe[0]);
     close(pipe[1]);

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <sys/mman.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -21,6 +20,7 @@
 #include <string>
 
 #include "child_process.h"
+#include "forked_test.h"
 #include "scratch_folder.h"
 #include "vek.h"
 
@@ -41,30 +41,12 @@ protected:
     SharedCard() { setenv("VEK_STATE_FOLDER", scratch_.path("state").c_str(), 1); }
     ~SharedCard() override { unsetenv("VEK_STATE_FOLDER"); }
 
-    /** Runs a function in a process of its own. */
-    static pid_t start(const std::function<void()>& function)
-    {
-        const pid_t child = fork();
-        if (child == 0) {
-            function();
-            _exit(testing::Test::HasFailure() ? 1 : 0);
-        }
-        return child;
-    }
-
-    static int statusOf(pid_t child)
-    {
-        int status = -1;
-        EXPECT_EQ(waitpid(child, &status, 0), child);
-        return status;
-    }
-
     /** Runs a function in two processes at a time, which get 0 and 1. */
     static void runTwice(const std::function<void(int)>& function)
     {
-        const std::array<pid_t, 2> children{start([&] { function(0); }), start([&] { function(1); })};
+        const std::array<pid_t, 2> children{forked::start([&] { function(0); }), forked::start([&] { function(1); })};
         for (const pid_t child : children) {
-            EXPECT_EQ(statusOf(child), 0);
+            EXPECT_EQ(forked::statusOf(child), 0);
         }
     }
 
@@ -106,7 +88,7 @@ TEST_F(SharedCard, ProgramsItsFlashForTwoAtATime)
             ASSERT_EQ(vekSpiProgram(data.data(), page * static_cast<int>(kPage), kPage), VEK_OK) << page;
         }
     });
-    EXPECT_EQ(statusOf(start([] {
+    EXPECT_EQ(forked::statusOf(forked::start([] {
                   ASSERT_EQ(vekRwOpen(0), VEK_OK);
                   std::array<std::uint8_t, kPages * kPage> all{};
                   ASSERT_EQ(vekSpiReadBuffer(all.data(), 0, all.size()), VEK_OK);
@@ -159,7 +141,7 @@ TEST_F(SharedCard, OpensFunctionsForTwoAtATime)
             }
         });
     }
-    EXPECT_EQ(statusOf(start([] {
+    EXPECT_EQ(forked::statusOf(forked::start([] {
                   ASSERT_EQ(vekRwOpen(0), VEK_OK);
                   std::uint32_t functions = 0;
                   ASSERT_EQ(vekRegReadLong(0x30d000, &functions), VEK_OK);
@@ -329,7 +311,7 @@ TEST_F(SharedCard, KeepsWhatWasFinishedWhenAConsoleIsKilled)
     const Shared<Progress> progress;
     std::mt19937_64 random(11);
     const auto look = [&] {
-        EXPECT_EQ(statusOf(start([&] {
+        EXPECT_EQ(forked::statusOf(forked::start([&] {
                       ASSERT_EQ(vekRwOpen(0), VEK_OK);
                       readContents(progress->contents);
                   })),
@@ -340,7 +322,7 @@ TEST_F(SharedCard, KeepsWhatWasFinishedWhenAConsoleIsKilled)
     int cutShort = 0;
     for (int kill = 0; kill < kKills && !HasFailure(); ++kill) {
         const std::uint64_t first = progress->finished;
-        const pid_t console = start([&] {
+        const pid_t console = forked::start([&] {
             ASSERT_EQ(vekRwOpen(0), VEK_OK);
             for (;;) {
                 const Command command(progress->begun++);
@@ -355,7 +337,7 @@ TEST_F(SharedCard, KeepsWhatWasFinishedWhenAConsoleIsKilled)
             std::atomic_signal_fence(std::memory_order_seq_cst);
         }
         ASSERT_EQ(::kill(console, SIGKILL), 0);
-        ASSERT_EQ(statusOf(console), SIGKILL);
+        ASSERT_EQ(forked::statusOf(console), SIGKILL);
         for (std::uint64_t number = first; number < progress->finished; ++number) {
             Command(number).apply(expected);
         }
@@ -379,7 +361,7 @@ TEST_F(SharedCard, KeepsTheFlashAsItWasWhenThePowerWasCutDuringItsProgramming)
     std::generate(image.begin(), image.end(), [&] { return static_cast<std::uint8_t>(random()); });
     for (int cut = 0; cut < 12 && !HasFailure(); ++cut) {
         const Shared<std::atomic<int>> going;
-        const pid_t console = start([&] {
+        const pid_t console = forked::start([&] {
             ASSERT_EQ(vekRwOpen(0), VEK_OK);
             ASSERT_EQ(vekSpiErase(0, kSize), VEK_OK);
             *going = 1;
@@ -392,8 +374,8 @@ TEST_F(SharedCard, KeepsTheFlashAsItWasWhenThePowerWasCutDuringItsProgramming)
             std::atomic_signal_fence(std::memory_order_seq_cst);
         }
         ASSERT_EQ(kill(console, SIGKILL), 0);
-        ASSERT_EQ(statusOf(console), SIGKILL);
-        EXPECT_EQ(statusOf(start([&] {
+        ASSERT_EQ(forked::statusOf(console), SIGKILL);
+        EXPECT_EQ(forked::statusOf(forked::start([&] {
                       ASSERT_EQ(vekRwOpen(0), VEK_OK);
                       ASSERT_EQ(vekSpiReadBuffer(flash->data(), 0, kSize), VEK_OK);
                   })),
@@ -407,7 +389,7 @@ TEST_F(SharedCard, KeepsTheFlashAsItWasWhenThePowerWasCutDuringItsProgramming)
             ASSERT_TRUE(partly || (*flash)[at] == 0xff) << at;
         }
     }
-    EXPECT_EQ(statusOf(start([&] {
+    EXPECT_EQ(forked::statusOf(forked::start([&] {
                   ASSERT_EQ(vekRwOpen(0), VEK_OK);
                   ASSERT_EQ(vekSpiErase(0, kSize), VEK_OK);
                   ASSERT_EQ(vekSpiProgram(image.data(), 0, kSize), VEK_OK);

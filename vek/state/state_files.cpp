@@ -47,6 +47,16 @@ int checkFile(const StatePath& path, const struct stat& status)
     return checkRights(path, status);
 }
 
+/// Opens a file of the folder when it is one of ours; `flags` beyond those of every such file.
+int openChecked(const StateEntry& entry, int flags, Descriptor& file, struct stat& status)
+{
+    file = Descriptor(openat(entry.folder, entry.name, flags | kOpenFlags, kFileMode));
+    if (!file.isOpen() || fstat(file.number(), &status) != 0) {
+        return complainOfSystem(entry.path, errno);
+    }
+    return checkFile(entry.path, status);
+}
+
 /// Whether the size is beyond what this process may make files of: trying would end it.
 bool aboveLimit(std::uint64_t size)
 {
@@ -139,15 +149,8 @@ int makeStateFolder(const StateEntry& entry, Descriptor& folder)
 
 int openStateFile(const StateEntry& entry, std::uint64_t size, Descriptor& file)
 {
-    file = Descriptor(openat(entry.folder, entry.name, O_RDWR | kOpenFlags));
-    if (!file.isOpen()) {
-        return complainOfSystem(entry.path, errno);
-    }
     struct stat status = {};
-    if (fstat(file.number(), &status) != 0) {
-        return complainOfSystem(entry.path, errno);
-    }
-    const int result = checkFile(entry.path, status);
+    const int result = openChecked(entry, O_RDWR, file, status);
     if (result != VEK_OK) {
         return result;
     }
@@ -161,15 +164,8 @@ int makeStateFile(const StateEntry& entry, std::uint64_t size, Descriptor& file)
     if (aboveLimit(size)) {
         return complainOfSystem(entry.path, EFBIG);
     }
-    file = Descriptor(openat(entry.folder, entry.name, O_RDWR | O_CREAT | kOpenFlags, kFileMode));
-    if (!file.isOpen()) {
-        return complainOfSystem(entry.path, errno);
-    }
     struct stat status = {};
-    if (fstat(file.number(), &status) != 0) {
-        return complainOfSystem(entry.path, errno);
-    }
-    const int result = checkFile(entry.path, status);
+    const int result = openChecked(entry, O_RDWR | O_CREAT, file, status);
     if (result != VEK_OK) {
         return result;
     }
