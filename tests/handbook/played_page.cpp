@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
@@ -23,7 +24,6 @@ namespace
 constexpr std::string_view kFence = "```";
 constexpr std::string_view kExcerpt = "```console";
 constexpr std::string_view kExcerptOfAnyDigits = "```console digits";
-constexpr std::string_view kTool = "tovira_util_tool";
 
 std::vector<std::string> linesOf(const std::string& text)
 {
@@ -130,9 +130,9 @@ private:
 
     void runOrStart(const std::string& text)
     {
-        const bool isTool = text.starts_with(kTool) || text.find(" " + std::string(kTool)) != std::string::npos;
-        if (isTool && text.find("--") == std::string::npos && text.find('|') == std::string::npos) {
-            session_ = std::make_unique<PtyConsole>(PtyCommand{.arguments = shellCommand("exec " + text)});
+        static const std::regex session(R"((\w+=\S+ )*tovira_util_tool( --(card|gpu|mem|tty) \S+)*)");
+        if (std::regex_match(text, session)) {
+            session_ = std::make_unique<PtyConsole>(PtyCommand{.arguments = shellCommand(text)});
             takePrompt();
             return;
         }

@@ -4,8 +4,8 @@
  *
  * An excerpt is a fenced block whose info string begins with "console". A line in it that begins with "$ " is a shell
  * command, run in a folder of the page's own with the build folder in front of PATH. The command "tovira_util_tool",
- * when it has no --cmd, is a session at a terminal: the lines of this block and of those after it that begin with ">"
- * are typed, until the program ends. All other lines are output.
+ * with variables before it and options behind it, but without --cmd, is a session at a terminal: the lines of this
+ * block and of those after it that begin with ">" are typed, until the program ends. All other lines are output.
  *
  * In a block with the info string "console digits" a digit stands for any digit, for values that differ from run to
  * run.
