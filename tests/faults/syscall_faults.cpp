@@ -60,16 +60,27 @@ private:
     int descriptor_;
 };
 
+/** A stopped thread is gone all the same once another one has ended the program, which the next wait tells.
+    @return whether it is still there */
+bool reached(long result, const char* operation)
+{
+    if (result < 0 && errno == ESRCH) {
+        return false;
+    }
+    checked(result, operation);
+    return true;
+}
+
 /** What becomes of a call that fails lies in registers, by machine. */
 #if defined(__x86_64__)
 void skipCall(pid_t thread)
 {
-    checked(ptrace(PTRACE_POKEUSER, thread, offsetof(user_regs_struct, orig_rax), -1L), "skip a call");
+    reached(ptrace(PTRACE_POKEUSER, thread, offsetof(user_regs_struct, orig_rax), -1L), "skip a call");
 }
 
 void setCallResult(pid_t thread, long result)
 {
-    checked(ptrace(PTRACE_POKEUSER, thread, offsetof(user_regs_struct, rax), result), "set the result of a call");
+    reached(ptrace(PTRACE_POKEUSER, thread, offsetof(user_regs_struct, rax), result), "set the result of a call");
 }
 
 constexpr bool kKnowsMachine = true;
@@ -193,7 +204,9 @@ private:
     void handleCall(pid_t thread)
     {
         __ptrace_syscall_info info = {};
-        checked(ptrace(PTRACE_GET_SYSCALL_INFO, thread, sizeof info, &info), "look at a call");
+        if (!reached(ptrace(PTRACE_GET_SYSCALL_INFO, thread, sizeof info, &info), "look at a call")) {
+            return;
+        }
         if (info.op == PTRACE_SYSCALL_INFO_ENTRY) {
             SystemCall call = {.number = info.entry.nr, .arguments = {}};
             std::copy(std::begin(info.entry.args), std::end(info.entry.args), call.arguments.begin());
