@@ -12,8 +12,9 @@ target_compile_options(tovira_settings INTERFACE
     $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion;-Wno-missing-braces>)
 
 if(TOVIRA_SANITIZE)
+    # The check of virtual calls needs the type information that the product's objects are built without.
     target_compile_options(tovira_settings INTERFACE
-        -fsanitize=${TOVIRA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        -fsanitize=${TOVIRA_SANITIZE} -fno-sanitize=vptr -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(tovira_settings INTERFACE -fsanitize=${TOVIRA_SANITIZE})
 endif()
 
