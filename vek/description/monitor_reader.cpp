@@ -13,18 +13,16 @@ namespace vek
 namespace
 {
 
-using std::string_view_literals::operator""sv;
-
 constexpr std::array<std::string_view, kDisplayOutputs> kOutputNames{"HDMI-0", "HDMI-1", "DP-0", "DP-1", "VGA", "DVO"};
-constexpr std::array kAuxManners{"serves"sv, "defers"sv, "silent"sv, "refuses"sv};
-constexpr std::array kRevisions{"1.1"sv, "1.2"sv};
+constexpr std::array<std::string_view, 4> kAuxManners{"serves", "defers", "silent", "refuses"};
+constexpr std::array<std::string_view, 2> kRevisions{"1.1", "1.2"};
 constexpr std::array<std::uint8_t, kRevisions.size()> kRevisionCodes{0x11, 0x12};
-constexpr std::array kRates{"1.62"sv, "2.7"sv, "5.4"sv};
+constexpr std::array<std::string_view, 3> kRates{"1.62", "2.7", "5.4"};
 constexpr std::array<std::uint8_t, kRates.size()> kRateCodes{dpcd::kRbr, dpcd::kHbr, dpcd::kHbr2};
 
-constexpr std::array kSinkKeys{"revision"sv, "max_rate"sv, "max_lanes"sv,    "cable_rate"sv, "training_pattern_3"sv,
-                               "panel"sv,    "swing"sv,    "pre_emphasis"sv, "oui"sv,        "name"sv,
-                               "aux"sv,      "deferrals"sv};
+constexpr std::array<std::string_view, 12> kSinkKeys{
+    "revision",     "max_rate", "max_lanes", "cable_rate", "training_pattern_3", "panel", "swing",
+    "pre_emphasis", "oui",      "name",      "aux",        "deferrals"};
 
 /// The longest file name that the host takes, less its NUL.
 constexpr std::size_t kMostFileName = 4095;

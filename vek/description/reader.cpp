@@ -4,6 +4,7 @@
 #include <array>
 #include <new>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "card/sizes.h"
@@ -20,8 +21,6 @@ namespace vek
 namespace
 {
 
-using std::string_view_literals::operator""sv;
-
 /// Room for a description many times as long as that of four cards.
 constexpr std::size_t kMostBytes = 256 * kKiB;
 
@@ -30,9 +29,10 @@ constexpr std::size_t kMostDots = 64;
 
 constexpr std::size_t kMostFileName = 4095;
 
-constexpr std::array kChips{"QZ201"sv, "QZ202"sv};
-constexpr std::array kMcuStates{"running"sv, "held-in-reset"sv, "no-firmware"sv};
-constexpr std::array kMemories{"registers"sv, "video-memory"sv, "flash"sv};
+constexpr std::array<std::string_view, 2> kChips{"QZ201", "QZ202"};
+constexpr std::array<std::string_view, 3> kMcuStates{"running", "held-in-reset", "no-firmware"};
+constexpr std::array<std::string_view, 3> kMemories{"registers", "video-memory", "flash"};
+constexpr std::array<std::string_view, 4> kStuckBitKeys{"memory", "address", "bit", "value"};
 
 void readBoard(TableReader& card, DescribedCard& into)
 {
@@ -123,7 +123,7 @@ std::int64_t sizeOf(StuckMemory memory, const ChipFacts& chip)
 
 std::optional<StuckBit> readStuckBit(TableReader& table, const ChipFacts& chip)
 {
-    for (const std::string_view key : {"memory"sv, "address"sv, "bit"sv, "value"sv}) {
+    for (const std::string_view key : kStuckBitKeys) {
         table.require(key);
     }
     const std::optional<std::size_t> memory = table.choice("memory", kMemories);

@@ -18,7 +18,7 @@ namespace
 constexpr std::size_t kMostMappings = 256;
 
 struct GuardedMapping {
-    std::uintptr_t base;
+    unsigned char* base;  ///< Begins a page.
     std::size_t length;
     const char* name;
     FileLoss* loss;
@@ -28,13 +28,18 @@ struct GuardedMapping {
 constinit std::array<GuardedMapping, kMostMappings> mappings{};
 constinit std::atomic<std::size_t> mappingCount = 0;
 constinit struct sigaction previousAction = {};
-constinit std::uintptr_t pageSize = 0;
+constinit std::size_t pageSize = 0;
+
+std::size_t offsetIn(const GuardedMapping& mapping, std::uintptr_t address)
+{
+    return address - reinterpret_cast<std::uintptr_t>(mapping.base);
+}
 
 const GuardedMapping* mappingAt(std::uintptr_t address)
 {
     const std::size_t count = mappingCount.load(std::memory_order_acquire);
     for (std::size_t index = 0; index < count; ++index) {
-        if (address - mappings[index].base < mappings[index].length) {
+        if (offsetIn(mappings[index], address) < mappings[index].length) {
             return &mappings[index];
         }
     }
@@ -80,9 +85,9 @@ void noteLoss(const GuardedMapping& mapping)
     line.print();
 }
 
-bool replacePage(std::uintptr_t address)
+bool replacePage(const GuardedMapping& mapping, std::uintptr_t address)
 {
-    auto* page = reinterpret_cast<void*>(address & ~(pageSize - 1));
+    unsigned char* const page = mapping.base + offsetIn(mapping, address) / pageSize * pageSize;
     return mmap(page, pageSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) != MAP_FAILED;
 }
 
@@ -113,7 +118,7 @@ void onBusError(int signal, siginfo_t* info, void* context)
     const int error = errno;
     const auto address = reinterpret_cast<std::uintptr_t>(info->si_addr);
     const GuardedMapping* mapping = info->si_code > 0 ? mappingAt(address) : nullptr;
-    if (mapping != nullptr && replacePage(address)) {
+    if (mapping != nullptr && replacePage(*mapping, address)) {
         noteLoss(*mapping);
     } else {
         passOn(signal, info, context);
@@ -123,7 +128,7 @@ void onBusError(int signal, siginfo_t* info, void* context)
 
 bool installHandler()
 {
-    pageSize = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     struct sigaction action = {};
     action.sa_sigaction = onBusError;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK;
@@ -139,7 +144,7 @@ bool guardMapping(unsigned char* base, std::size_t length, const char* name, Fil
     if (count == mappings.size() || (pageSize == 0 && !installHandler())) {
         return false;
     }
-    mappings[count] = {reinterpret_cast<std::uintptr_t>(base), length, name, &loss};
+    mappings[count] = {base, length, name, &loss};
     mappingCount.store(count + 1, std::memory_order_release);
     return true;
 }
