@@ -23,6 +23,7 @@ namespace
 
 constexpr std::string_view kFence = "```";
 constexpr std::string_view kExcerpt = "```console";
+constexpr const char* kTool = "tovira_util_tool";
 constexpr std::string_view kExcerptOfAnyDigits = "```console digits";
 
 std::vector<std::string> linesOf(const std::string& text)
@@ -97,7 +98,7 @@ public:
             if (isShellCommand(line)) {
                 requireNoSession(line);
                 lines_.push_back(line);
-                runOrStart(line.substr(2));
+                runOrStart(std::regex_replace(line.substr(2), std::regex(R"(^\./run\b)"), kTool));
             } else if (isConsoleLine(line)) {
                 type(line.substr(1));
             }

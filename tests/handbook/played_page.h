@@ -7,6 +7,8 @@
  * with variables before it and options behind it, but without --cmd, is a session at a terminal: the lines of this
  * block and of those after it that begin with ">" are typed, until the program ends. All other lines are output.
  *
+ * "./run" at the start of a shell command stands for the program; the script's own messages are left out.
+ *
  * In a block with the info string "console digits" a digit stands for any digit, for values that differ from run to
  * run.
  */
