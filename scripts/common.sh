@@ -29,7 +29,8 @@ quietly()
 # take_lock NAME: one holder at a time for a part of build/, until the process ends or file descriptor 9 is closed.
 take_lock()
 {
-    { mkdir -p "$logs" && exec 9>"$root/build/$1.lock"; } 2>/dev/null || die "cannot write to $root/build"
+    { mkdir -p "$logs" && exec 9>"$root/build/$1.lock"; } 2>/dev/null ||
+        die "cannot write to $root/build; copy the whole folder to a place of your own, and start it there"
     flock -n 9 && return
     say "waiting for another $1 in $root/build"
     flock 9
