@@ -11,7 +11,8 @@ set(install_folders
     ${CMAKE_INSTALL_INCLUDEDIR}
     ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
     ${CMAKE_INSTALL_DATADIR}/zsh/site-functions
-    ${CMAKE_INSTALL_DOCDIR}
+    ${CMAKE_INSTALL_DOCDIR}/docs/handbook
+    ${CMAKE_INSTALL_DOCDIR}/docs/images
     ${CMAKE_INSTALL_MANDIR}/man1
     ${CMAKE_INSTALL_MANDIR}/man3
     ${CMAKE_INSTALL_MANDIR}/man5
@@ -42,8 +43,9 @@ install(FILES ${PROJECT_BINARY_DIR}/util_vekConfig.cmake ${PROJECT_BINARY_DIR}/u
 install(EXPORT util_vek NAMESPACE util_vek:: FILE util_vekTargets.cmake
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/util_vek)
 
-file(GLOB documents CONFIGURE_DEPENDS docs/*.md)
-install(FILES ${documents} README.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+# The pages lie to one another as they do here, so that their links hold.
+install(FILES README.md ARCHITECTURE.md CHANGELOG.md CONTRIBUTING.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 add_custom_target(uninstall
     COMMAND ${CMAKE_COMMAND} -D BUILD_FOLDER=${PROJECT_BINARY_DIR} -P ${PROJECT_SOURCE_DIR}/cmake/uninstall.cmake
