@@ -27,10 +27,10 @@ std::string contents(const std::filesystem::path& path)
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-std::vector<std::filesystem::path> handbookPages()
+std::vector<std::filesystem::path> pagesIn(const std::string& folder)
 {
     std::vector<std::filesystem::path> pages;
-    for (const auto& entry : std::filesystem::directory_iterator(kSources / "docs/handbook")) {
+    for (const auto& entry : std::filesystem::directory_iterator(kSources / folder)) {
         if (entry.path().extension() == ".md") {
             pages.push_back(entry.path().lexically_relative(kSources));
         }
@@ -66,15 +66,10 @@ std::string nameOf(const ::testing::TestParamInfo<std::filesystem::path>& info)
     return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Handbook, Page, ::testing::ValuesIn(handbookPages()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Handbook, Page, ::testing::ValuesIn(pagesIn("docs/handbook")), nameOf);
+INSTANTIATE_TEST_SUITE_P(Reference, Page, ::testing::ValuesIn(pagesIn("docs")), nameOf);
 INSTANTIATE_TEST_SUITE_P(Project, Page,
-                         ::testing::Values("README.md", "CONTRIBUTING.md", "ARCHITECTURE.md", "CHANGELOG.md",
-                                           "docs/README.md"),
-                         [](const auto& page) {
-                             std::string name = page.param.string();
-                             std::replace(name.begin(), name.end(), '/', '_');
-                             return name.substr(0, name.find('.'));
-                         });
+                         ::testing::Values("README.md", "CONTRIBUTING.md", "ARCHITECTURE.md", "CHANGELOG.md"), nameOf);
 
 /** The words of the commands that a page types. */
 std::vector<std::string> typedWords(const std::string& page)
