@@ -409,6 +409,89 @@ TEST_F(CardState, ThatIsTooShortIsRefused)
     EXPECT_FALSE(card->setState(image));
 }
 
+/** A card with something else plugged in, or something else broken, than the first built-in one. */
+struct Exchange {
+    const char* name;
+    void (*change)(CardFacts& facts);
+};
+
+void PrintTo(const Exchange& exchange, std::ostream* stream)
+{
+    *stream << exchange.name;
+}
+
+class ExchangedPart : public CardState, public testing::WithParamInterface<Exchange>
+{
+};
+
+TEST_P(ExchangedPart, LeavesItTheSameCard)
+{
+    CardFacts facts = kFirstBuiltinCard;
+    GetParam().change(facts);
+    EXPECT_EQ(fingerprintOf(facts), fingerprintOf(kFirstBuiltinCard));
+    for (std::uint64_t seed = 0; seed < 3; ++seed) {
+        const auto before = std::make_unique<Card>(kFirstBuiltinCard);
+        const auto after = std::make_unique<Card>(facts);
+        Pages beforePages;
+        Pages afterPages;
+        before->card.visitMemories(beforePages);
+        after->card.visitMemories(afterPages);
+        for (int there = 0; there < 4; ++there) {
+            Stirrer(*before, seed).stir(200);
+            ASSERT_TRUE(after->setState(before->state()));
+            Stirrer(*after, ~seed).stir(200);
+            ASSERT_TRUE(before->setState(after->state())) << "and back";
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    CardState, ExchangedPart,
+    testing::Values(Exchange{"a short EDID", [](CardFacts& facts) { facts.monitors[1].edid = facts.monitors[0].edid; }},
+                    Exchange{"a long EDID", [](CardFacts& facts) { facts.monitors[0].edid = facts.monitors[1].edid; }},
+                    Exchange{"no monitor", [](CardFacts& facts) { facts.monitors = {}; }},
+                    Exchange{"no sink", [](CardFacts& facts) { facts.sinks = {}; }},
+                    Exchange{"other sinks", [](CardFacts& facts) { std::swap(facts.sinks[0], facts.sinks[1]); }},
+                    Exchange{"another routing", [](CardFacts& facts) { facts.routing = 0; }},
+                    Exchange{"no firmware", [](CardFacts& facts) { facts.mcu = McuCondition::kNoFirmware; }},
+                    Exchange{"a dead EEPROM", [](CardFacts& facts) { facts.chips.eeprom.dead = true; }},
+                    Exchange{"a dead monitor chip", [](CardFacts& facts) { facts.chips.ltc2990[0].seat.dead = true; }},
+                    Exchange{"another load", [](CardFacts& facts) { facts.chips.ltc2990[0].supply = 0; }},
+                    Exchange{"dead sensors", [](CardFacts& facts) {
+                                 facts.sensors.temperatures = 3;
+                                 facts.fanTurns = false;
+                             }}));
+
+TEST_F(CardState, OfAnotherPartLeavesThePartAsItComesUp)
+{
+    constexpr std::uint64_t kMailbox = mcu_mailbox::kBase;
+    constexpr std::uint64_t kRouting = output_routing::kRegister;
+    const AuxRequest readLaneCount{.command = AuxCommand::kNativeRead, .address = dpcd::kLaneCountSet, .length = 1};
+    AuxRequest setLaneCount = readLaneCount;
+    setLaneCount.command = AuxCommand::kNativeWrite;
+    setLaneCount.data[0] = 2;
+    Card before(kFirstBuiltinCard);
+    before.path.dpAux[0]->transact(setLaneCount);
+    before.path.dpAux[1]->transact(setLaneCount);
+    before.path.registerRegion->write(kRouting, 4, 0);
+    ASSERT_EQ(before.path.registerRegion->read(kMailbox, 4).value, mcu_mailbox::kSignatureValue);
+
+    CardFacts facts = kFirstBuiltinCard;
+    facts.sinks[0].edid = {};
+    facts.mcu = McuCondition::kNoFirmware;
+    Card other(facts);
+    ASSERT_TRUE(other.setState(before.state()));
+    EXPECT_EQ(other.path.dpAux[0]->transact(readLaneCount).data[0], 0);
+    EXPECT_EQ(other.path.dpAux[1]->transact(readLaneCount).data[0], 2) << "this one has not been exchanged";
+    EXPECT_EQ(other.path.registerRegion->read(kMailbox, 4).value, 0U);
+    EXPECT_EQ(other.path.registerRegion->read(kRouting, 4).value, 0U);
+
+    facts.routing ^= 1;
+    Card rewired(facts);
+    ASSERT_TRUE(rewired.setState(other.state()));
+    EXPECT_EQ(rewired.path.registerRegion->read(kRouting, 4).value, facts.routing);
+}
+
 TEST_F(CardState, TellsBoolsAndEnumerationsApartFromOtherBytes)
 {
     struct Part {

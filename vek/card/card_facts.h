@@ -11,6 +11,7 @@
 #include "card/chip_facts.h"
 #include "card/dp_sink.h"
 #include "card/eeprom_board_record.h"
+#include "card/facts_hash.h"
 #include "card/mcu.h"
 #include "card/sensor_unit.h"
 #include "card/stuck_bit.h"
@@ -45,39 +46,11 @@ struct CardFacts {
     StuckBits stuckBits{};
 };
 
-/// A hash (FNV-1a) over facts.
-class FactsHash
+/// Where a chip sits, whether it is dead or not.
+constexpr std::uint64_t placeOf(const ChipSeat& seat)
 {
-public:
-    constexpr void add(std::uint64_t number)
-    {
-        for (std::size_t byte = 0; byte < sizeof number; ++byte) {
-            addByte(static_cast<std::uint8_t>(number >> (8 * byte)));
-        }
-    }
-    constexpr void add(std::string_view text)
-    {
-        add(text.size());
-        for (const char character : text) {
-            addByte(static_cast<std::uint8_t>(character));
-        }
-    }
-    constexpr void add(std::span<const std::uint8_t> bytes)
-    {
-        add(bytes.size());
-        for (const std::uint8_t byte : bytes) {
-            addByte(byte);
-        }
-    }
-    constexpr void add(const ChipSeat& seat) { add(std::uint64_t{seat.channel} << 8 | seat.address); }
-
-    constexpr std::uint64_t value() const { return value_; }
-
-private:
-    constexpr void addByte(std::uint8_t byte) { value_ = (value_ ^ byte) * 0x100'0000'01b3; }
-
-    std::uint64_t value_ = 0xcbf2'9ce4'8422'2325;
-};
+    return std::uint64_t{seat.channel} << 8 | seat.address;
+}
 
 /// Tells a card from any other one in whose place it cannot be put: chip, video memory, board record, the places of the
 /// I2C chips, and the flash as shipped. What is plugged in or breaks leaves it the same card: displays, loads, faults.
@@ -89,18 +62,18 @@ constexpr std::uint64_t fingerprintOf(const CardFacts& facts)
     hash.add(facts.board.revision);
     hash.add(facts.board.name);
     hash.add(facts.board.serial);
-    hash.add(facts.chips.eeprom);
+    hash.add(placeOf(facts.chips.eeprom));
     for (const DecoderFacts& decoder : facts.chips.decoders) {
-        hash.add(decoder.seat);
+        hash.add(placeOf(decoder.seat));
     }
     for (const auto& monitor : facts.chips.ltc2990) {
-        hash.add(monitor.seat);
+        hash.add(placeOf(monitor.seat));
     }
     for (const auto& monitor : facts.chips.ltc2991) {
-        hash.add(monitor.seat);
+        hash.add(placeOf(monitor.seat));
     }
     for (const Ina3221Facts& monitor : facts.chips.ina3221) {
-        hash.add(monitor.seat);
+        hash.add(placeOf(monitor.seat));
     }
     hash.add(facts.flashImage);
     return hash.value();

@@ -5,9 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "aux_channel.h"
 #include "card/dp_phy.h"
+#include "card/facts_hash.h"
 #include "card/monitor_ddc.h"
 #include "drivers/dpcd.h"
 #include "drivers/i2c_transfer.h"
@@ -42,6 +44,23 @@ struct DpSinkFacts {
     constexpr bool attached() const { return maxLanes != 0; }
 };
 
+/// Tells one sink, as it was described, from another.
+constexpr std::uint64_t hashOf(const DpSinkFacts& facts)
+{
+    FactsHash hash;
+    for (const std::uint8_t fact : {facts.revision, facts.maxRate, facts.maxLanes, facts.cableRate, facts.swing,
+                                    facts.preEmphasis, facts.deferrals}) {
+        hash.add(fact);
+    }
+    hash.add(facts.trainingPattern3 ? 1 : 0);
+    hash.add(facts.panel ? 1 : 0);
+    hash.add(static_cast<std::uint64_t>(facts.manner));
+    hash.add(facts.oui);
+    hash.add(std::string_view(facts.name.data(), facts.name.size()));
+    hash.add(facts.edid);
+    return hash.value();
+}
+
 /// A DisplayPort sink at the end of an AUX channel and a main link: a DPCD (VESA DisplayPort 1.2, section 2.9.3) and
 /// behind it, on I2C, an EDID memory with its segment pointer.
 ///
@@ -53,7 +72,10 @@ class DpSink final : public AuxChannel
 {
 public:
     /// The PHY that drives the main link, and the EDID, have to live as long as the sink.
-    constexpr DpSink(const DpSinkFacts& facts, const DpPhy& phy) : facts_(facts), phy_(phy), ddc_(facts.edid) {}
+    constexpr DpSink(const DpSinkFacts& facts, const DpPhy& phy)
+        : facts_(facts), identity_(hashOf(facts)), phy_(phy), ddc_(facts.edid)
+    {
+    }
 
     AuxReply transact(const AuxRequest& request) override;
 
@@ -66,8 +88,10 @@ public:
     template <typename Visitor>
     void visitState(Visitor& visit)
     {
-        visit(ddc_, link_, source_, edpConfiguration_, power_, deferred_, recovered_, equalised_, i2cOpen_, i2cReading_,
-              i2cDevice_);
+        visit.madeOf(identity_, [&] {
+            visit(ddc_, link_, source_, edpConfiguration_, power_, deferred_, recovered_, equalised_, i2cOpen_,
+                  i2cReading_, i2cDevice_);
+        });
     }
 
 private:
@@ -98,6 +122,7 @@ private:
     bool addressI2c(const AuxRequest& request);
 
     DpSinkFacts facts_;
+    std::uint64_t identity_;
     const DpPhy& phy_;
     DdcConnector ddc_;
 

@@ -16,18 +16,13 @@ bool SimulatedI2cBus::select(std::uint8_t addressByte)
 {
     const bool forReading = (addressByte & 1) != 0;
     phase_ = Phase::kIdle;
-    for (const I2cSeat& seat : seats_) {
-        if (seat.address != addressByte >> 1) {
-            continue;
-        }
-        if (!seat.device->addressed(forReading)) {
-            return false;
-        }
-        selected_ = seat.device;
-        phase_ = forReading ? Phase::kReading : Phase::kWriting;
-        return true;
+    I2cDevice* const device = deviceAt(addressByte >> 1);
+    if (device == nullptr || !device->addressed(forReading)) {
+        return false;
     }
-    return false;
+    selected_ = device;
+    phase_ = forReading ? Phase::kReading : Phase::kWriting;
+    return true;
 }
 
 I2cStep SimulatedI2cBus::write(std::uint8_t byte)

@@ -34,11 +34,14 @@ public:
     template <typename Visitor>
     void visitState(Visitor& visit)
     {
-        std::size_t seat = selectedSeat();
-        visit.upTo(seat, seats_.size());
+        std::uint8_t address = selectedAddress();
+        visit(address);
         visit.upTo(phase_, Phase::kReading);
-        selected_ = seat < seats_.size() ? seats_[seat].device : nullptr;
-        visit.check(selected_ != nullptr || phase_ < Phase::kWriting);
+        selected_ = deviceAt(address);
+        // A device that has been taken away since, or has died, does not hold the data line.
+        if (selected_ == nullptr && phase_ >= Phase::kWriting) {
+            phase_ = Phase::kIdle;
+        }
     }
 
 private:
@@ -51,15 +54,29 @@ private:
 
     bool select(std::uint8_t addressByte);
 
-    /// The seat of the selected device, one past the last when there is none.
-    std::size_t selectedSeat() const
+    /// The address of the selected device, kNoAddress when there is none.
+    std::uint8_t selectedAddress() const
     {
-        std::size_t seat = 0;
-        while (seat < seats_.size() && seats_[seat].device != selected_) {
-            ++seat;
+        for (const I2cSeat& seat : seats_) {
+            if (seat.device == selected_) {
+                return seat.address;
+            }
         }
-        return seat;
+        return kNoAddress;
     }
+
+    /// The device that answers at an address, null when none does.
+    I2cDevice* deviceAt(std::uint8_t address) const
+    {
+        for (const I2cSeat& seat : seats_) {
+            if (seat.address == address) {
+                return seat.device;
+            }
+        }
+        return nullptr;
+    }
+
+    static constexpr std::uint8_t kNoAddress = 0xff;
 
     std::span<const I2cSeat> seats_;
     I2cDevice* selected_ = nullptr;

@@ -81,7 +81,7 @@ void Mcu::assertReset()
 
 void Mcu::releaseReset()
 {
-    if (hasFirmware_) {
+    if (condition_ != McuCondition::kNoFirmware) {
         phase_ = Phase::kBooting;
         dueAt_ = clock_.nanoseconds() + kBootTime;
     }

@@ -75,7 +75,7 @@ public:
     constexpr Mcu(AuxChannel& sink, const CardClock& clock, McuCondition condition)
         : sink_(sink),
           clock_(clock),
-          hasFirmware_(condition != McuCondition::kNoFirmware),
+          condition_(condition),
           mailbox_(*this),
           resetControl_(*this, condition == McuCondition::kHeldInReset)
     {
@@ -103,8 +103,10 @@ public:
     template <typename Visitor>
     void visitState(Visitor& visit)
     {
-        visit.upTo(phase_, Phase::kDone);
-        visit(dueAt_, request_, page_, resetControl_);
+        visit.madeOf(static_cast<std::uint64_t>(condition_), [&] {
+            visit.upTo(phase_, Phase::kDone);
+            visit(dueAt_, request_, page_, resetControl_);
+        });
     }
 
 private:
@@ -191,7 +193,7 @@ private:
 
     AuxChannel& sink_;
     const CardClock& clock_;
-    bool hasFirmware_;
+    McuCondition condition_;
     Phase phase_ = Phase::kStopped;
     std::uint64_t dueAt_ = 0;
     Request request_;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 
+#include "card/facts_hash.h"
 #include "card/i2c_device.h"
 #include "card/i2c_simulated_bus.h"
 #include "drivers/ddc_edid.h"
@@ -71,7 +72,8 @@ class DdcConnector
 public:
     /// `edid`, of the display that is attached; empty when there is none.
     constexpr explicit DdcConnector(std::span<const std::uint8_t> edid)
-        : memory_(edid, pointer_),
+        : identity_(hashOf(edid)),
+          memory_(edid, pointer_),
           seats_{{{kEdidMemoryAddress, &memory_}, {kSegmentPointerAddress, &pointer_}}},
           bus_(std::span<const I2cSeat>(seats_).first(seatsTaken(edid.size())))
     {
@@ -87,7 +89,7 @@ public:
     template <typename Visitor>
     void visitState(Visitor& visit)
     {
-        visit(pointer_, memory_, bus_);
+        visit.madeOf(identity_, [&] { visit(pointer_, memory_, bus_); });
     }
 
 private:
@@ -99,6 +101,14 @@ private:
         return edidSize <= 2 * kEdidBlockSize ? 1 : 2;
     }
 
+    static constexpr std::uint64_t hashOf(std::span<const std::uint8_t> edid)
+    {
+        FactsHash hash;
+        hash.add(edid);
+        return hash.value();
+    }
+
+    std::uint64_t identity_;  ///< Of the display.
     SegmentPointer pointer_;
     EdidMemory memory_;
     std::array<I2cSeat, 2> seats_;

@@ -20,7 +20,7 @@ public:
     static constexpr std::uint64_t kSize = 8;
 
     /// With the routing that the board comes up with.
-    constexpr explicit OutputRoutingRegisters(std::uint32_t routing)
+    constexpr explicit OutputRoutingRegisters(std::uint32_t routing) : routing_(routing)
     {
         for (unsigned byte = 0; byte < output_routing::kRegisterWidth; ++byte) {
             bytes_[output_routing::kRegister - kBase + byte] = static_cast<unsigned char>(routing >> (8 * byte));
@@ -34,10 +34,11 @@ public:
     template <typename Visitor>
     void visitState(Visitor& visit)
     {
-        visit(bytes_);
+        visit.madeOf(routing_, [&] { visit(bytes_); });
     }
 
 private:
+    std::uint32_t routing_;
     std::array<unsigned char, kSize> bytes_{};
 };
 

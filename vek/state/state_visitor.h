@@ -21,7 +21,8 @@ namespace vek
 ///
 /// which hands over each of its fields that change, in the same order every time. Facts that never change, what can be
 /// worked out from other fields, and the contents of memories, which lie in files of their own, are left out. The
-/// fields go out and come in as bytes, so pointers and objects with padding are refused at compile time.
+/// fields go out and come in as bytes, so pointers and objects with padding are refused at compile time. Those of a
+/// part that may have been exchanged for another one between two runs, like a display, go through madeOf().
 ///
 /// What is copied in may be anything. A field that something else relies on therefore goes through upTo() or finite(),
 /// and what must hold among fields goes through check().
@@ -68,6 +69,19 @@ public:
         ((move(&fields, sizeof fields), check(fields >= -kSensible && fields <= kSensible)), ...);
     }
 
+    /// The fields that `fields` hands over belong to a part that is described by facts with this hash. When a state is
+    /// copied in of a card in which another part was in its place, they are left out: the part stays as it is.
+    template <typename Fields>
+    void madeOf(std::uint64_t facts, Fields fields)
+    {
+        std::uint64_t kept = facts;
+        move(&kept, sizeof kept);
+        const Task task = task_;
+        task_ = kept == facts ? task : Task::kSkip;
+        fields();
+        task_ = task;
+    }
+
     /// Tells whether what has been visited up to here holds together.
     void check(bool sound)
     {
@@ -86,7 +100,7 @@ public:
     bool sound() const { return sound_; }
 
 private:
-    enum class Task : std::uint8_t { kMeasure, kCopyOut, kCopyIn };
+    enum class Task : std::uint8_t { kMeasure, kCopyOut, kCopyIn, kSkip };
 
     StateVisitor(Task task, std::uint8_t* to, const std::uint8_t* from, std::size_t room)
         : task_(task), to_(to), from_(from), room_(room)
@@ -143,6 +157,7 @@ private:
                 return;
             case Task::kCopyOut:
             case Task::kCopyIn:
+            case Task::kSkip:
                 moveInRoom(bytes, size);
                 return;
         }
@@ -158,10 +173,12 @@ private:
         if (task_ == Task::kCopyOut) {
             std::memcpy(to_, bytes, size);
             to_ += size;
-        } else {
-            std::memcpy(bytes, from_, size);
-            from_ += size;
+            return;
         }
+        if (task_ == Task::kCopyIn) {
+            std::memcpy(bytes, from_, size);
+        }
+        from_ += size;
     }
 
     void addToLayout(std::size_t size)
