@@ -5,6 +5,7 @@
 
 #include "tovira_parse/command_table.h"
 #include "tovira_parse/handlers.h"
+#include "vek.h"
 
 namespace faults_test
 {
@@ -131,7 +132,9 @@ std::vector<Family> makeFamilies()
         {doRun, {{"", {returned("vekRunScript")}}, {"script", {returned("vekRunScript")}}}},
         {doLoad,
          {{"script",
-           {onlyOnCall(1, skipped("get_s_type",
+           // The script's commands run in that mode as well.
+           {onlyFor(VEK_ACCESS_MEM, goesOn("get_s_type", "")),
+            onlyOnCall(1, skipped("get_s_type",
                                   "device error:the cmd does not support the visit mode\n"
                                   "rrb 4:\n")),
             skipped("get_s_type", "device error:the cmd does not support the visit mode\n")}},
@@ -288,7 +291,7 @@ std::vector<Family> makeFamilies()
         {doCard,
          {{"", {gone("vekGetCard", "current card index: {}\n")}},
           {"1",
-           {goesOn("vekGetCard", ""),
+           {onlyFor(1, gone("vekGetCard", "set card index: 1\n")), goesOn("vekGetCard", ""),
             onlyDelivered(false, gone("vekQueryInt", "card index 1 is out of range [0, 0). current card index: 3\n",
                                       kStatusBadArgument))}},
           {"9",

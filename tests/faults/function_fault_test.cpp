@@ -4,11 +4,13 @@
 // for every function that it called, for its first, second and last call and for each way of failing.
 
 #include <algorithm>
+#include <array>
 #include <climits>
 #include <iostream>
 #include <iterator>
 #include <map>
 #include <set>
+#include <span>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -79,6 +81,12 @@ std::set<int> failingCalls(int calls)
 {
     return {1, std::min(2, calls), calls};
 }
+
+/** The ways of failing: each status that the dispatcher has a message for, 1, which ends the console, and others. */
+constexpr std::array kEveryFailure = {-1, -2, -3, -5, -22, INT_MIN, 1, INT_MAX};
+
+/** For what has been failed in every way already, if at another call or before a repeat. */
+constexpr std::array kSomeFailures = {-5, INT_MAX};
 
 std::map<std::string, int> callCounts(const Observation& seen)
 {
@@ -215,15 +223,15 @@ protected:
     }
 
     /** A result that nobody looks at: what counts are the outputs, and those that do not come are 0. */
-    static void checkNotLookedAt(const CommandLine& line, const Observation& seen, const Observation& base,
-                                 const Fault& fault)
+    static void checkNotLookedAt(const CommandLine& line, const Conditions& conditions, const Observation& seen,
+                                 const Observation& base, const Fault& fault)
     {
         if (fault.delivery == Delivery::kAlways) {
             EXPECT_EQ(seen, base);
         } else if (fault.result != 0) {
             Fault undelivered = fault;
             undelivered.result = 0;
-            EXPECT_EQ(seen, observe(line, {}, undelivered));
+            EXPECT_EQ(seen, observe(line, conditions, undelivered));
         }
     }
 
@@ -241,21 +249,25 @@ protected:
         EXPECT_EQ(dispatched.output, seen.output + dispatcherMessage(seen.status));
     }
 
-    static void failCall(const CommandLine& line, const Observation& base, const std::string& function, int call)
+    /** @param base what is seen under the same conditions while nothing fails */
+    static void failCall(const CommandLine& line, const Conditions& conditions, const Observation& base,
+                         const std::string& function, int call, std::span<const int> results)
     {
-        for (const int result : {-5, -22, INT_MIN, INT_MAX}) {
+        for (const int result : results) {
             for (const Delivery delivery : {Delivery::kNever, Delivery::kAlways}) {
                 const Fault fault{function, call, result, delivery};
                 std::ostringstream trace;
                 trace << line.text << ": " << fault;
                 SCOPED_TRACE(trace.str());
-                const Observation seen = observeTwice(line, {}, fault);
+                const Observation seen = observeTwice(line, conditions, fault);
                 if (const Failure* const failure = failureFor(line, fault)) {
                     checkFailure(seen, base, *failure, fault);
                 } else {
-                    checkNotLookedAt(line, seen, base, fault);
+                    checkNotLookedAt(line, conditions, seen, base, fault);
                 }
-                checkByDispatcher(line, seen, fault);
+                if (conditions.runner == Runner::kHandler) {
+                    checkByDispatcher(line, seen, fault);
+                }
             }
         }
     }
@@ -294,7 +306,9 @@ protected:
             withholdText(line, base, function);
         } else if (hasResult(function) && function != line.example->failed) {
             for (const int call : failingCalls(calls)) {
-                failCall(line, base, function, call);
+                const std::span<const int> results =
+                    call == 1 ? std::span<const int>(kEveryFailure) : std::span<const int>(kSomeFailures);
+                failCall(line, {}, base, function, call, results);
                 if (!answersValue(function)) {
                     keepOutputs(line, function, call);
                 }
@@ -302,14 +316,18 @@ protected:
         }
     }
 
-    /** Fails the functions of a line that is repeated: nothing but the address differs from the line as it is typed. */
-    static void failRepeated(const CommandLine& line, const std::string& function)
+    /** Fails the functions of a line that is run again. */
+    static void failRepeated(const CommandLine& line)
     {
+        SCOPED_TRACE("repeated");
         Conditions repeated;
         repeated.runner = Runner::kRepeat;
-        const Fault fault{function, 1, -5};
-        SCOPED_TRACE(line.text + ", repeated: " + function);
-        EXPECT_EQ(observeTwice(line, repeated, fault).status, observe(line, {}, fault).status);
+        const Observation base = observe(line, repeated);
+        for (const auto& [function, calls] : callCounts(base)) {
+            if (hasResult(function) && function != line.example->failed) {
+                failCall(line, repeated, base, function, 1, kSomeFailures);
+            }
+        }
     }
 };
 
@@ -323,9 +341,9 @@ TEST_P(FunctionFaultTest, GivesTheDocumentedTextAndStatus)
         const Observation base = observe(line);
         for (const auto& [function, calls] : callCounts(base)) {
             failFunction(line, base, function, calls);
-            if (line.row->repeat == 1 && hasResult(function) && !line.family->waitsForAnswers) {
-                failRepeated(line, function);
-            }
+        }
+        if (line.row->repeat == 1) {
+            failRepeated(line);
         }
     }
 }
