@@ -1,0 +1,51 @@
+#!/bin/bash
+# Man pages and completions tell everything that the programs and the library know: commands, options, functions.
+# shellcheck source=tests/packaging/support.sh
+source "$(dirname "$0")/support.sh"
+man=$BUILD/man
+completions=$BUILD/completions
+export LC_ALL=C
+
+# The commands that the console lists, with the aliases, and those that its list leaves out.
+commands=$("$BUILD/tovira_util_tool" --cmd help | sed -n 's/^\([^\t]*\)\t- .*/\1/p' | tr / '\n'; printf '%s\n' query spi vlot clk)
+((($(wc -l <<<"$commands")) >= 100)) || fail "the console lists too few commands"
+bash_names=$(source "$completions/tovira_util_tool.bash" && grep . <<<"$_tovira_util_tool_commands")
+zsh_names=$(sed -n "s/^'\([^:]*\):.*'\$/\1/p" "$completions/_tovira_util_tool")
+page_names=$(sed -n 's/^\.SS //p' "$man/tovira_commands.7" | tr -d ' ' | tr , '\n')
+expected=$(sort -u <<<"$commands")
+expect_equal "commands in the completion for bash" "$expected" "$(sort -u <<<"$bash_names")"
+expect_equal "commands in the completion for zsh" "$expected" "$(sort -u <<<"$zsh_names")"
+expect_equal "commands in tovira_commands(7)" "$expected" "$(sort -u <<<"$page_names")"
+
+# Every command's brief and usage text, as the console prints it, stands in the page.
+rendered=$(sed -e 's/\\-/-/g; s/\\(aq/'"'"'/g; s/\\(rs/\\/g; s/\\(ti/~/g; s/^\\&//; s/\\\[uFF1A\]/：/g' "$man/tovira_commands.7")
+{
+    while read -r name; do
+        # The aliased rows print their help indented.
+        "$BUILD/tovira_util_tool" --cmd "help $name" | sed -e 1d -e "s/^[^\t ]*\t \{0,1\}//"
+    done <<<"$commands"
+} >"$scratch/help"
+while IFS= read -r line; do
+    line=${line#"${line%%[![:blank:]]*}"}
+    [[ -z ${line// /} || $rendered == *"$line"* ]] || fail "tovira_commands(7) does not say: $line"
+done <"$scratch/help"
+
+# options PROGRAM: the long options of its usage text.
+options()
+{
+    "$BUILD/$1" --help | grep -o -e '--[a-z][a-z]*' | sort -u
+}
+for program in tovira_util_tool vek_board vek_describe; do
+    for option in $(options "$program") --help; do
+        word=${option#--}
+        for file in "$man/$program.1" {"$completions","$SOURCE/completions"}/{"$program.bash","_$program"}; do
+            [[ ! -f $file ]] || grep -q -e "\(--\|\\\\-\\\\-\)$word" "$file" || fail "${file##*/} has no $option"
+        done
+    done
+done
+
+# Every exported function and every constant.
+for name in $(sed -n 's/^exported //p; s/^enum [^:]*: \([A-Z0-9_]*\) .*/\1/p' "$SOURCE/include/libutil_vek.abi"); do
+    grep -q "^\.B .*\b$name\b" "$man/libutil_vek.3" || fail "libutil_vek(3) does not describe $name"
+done
+finish
