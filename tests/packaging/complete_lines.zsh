@@ -5,10 +5,10 @@ zmodload zsh/zpty
 zpty shell 'zsh -f -i'
 zpty -w shell 'PS1= RPROMPT=; fpath=(${(s.:.)COMPLETIONS} $fpath); autoload -Uz compinit; compinit -u -D;
     unsetopt auto_menu prompt_cr prompt_sp; setopt no_beep;
-    report() { print -r -- "<line>$BUFFER</line>"; BUFFER=; }; zle -N report; bindkey "^X" report; print rea""dy'
+    report() { print -r -- "<line>$BUFFER</line>"; BUFFER=; }; zle -N report; bindkey "^T" report; print rea""dy'
 zpty -r shell output '*ready*'
 while IFS= read -r typed; do
-    zpty -w -n shell "$typed"$'\t'$'\x18'
+    zpty -w -n shell "$typed"$'\t'$'\x14'
     zpty -r shell output '*<line>*</line>*'
     output=${output##*<line>}
     output=${output%%</line>*}
