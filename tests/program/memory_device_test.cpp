@@ -3,7 +3,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
 #include <string>
+#include <thread>
 
 #include "program_support.h"
 
@@ -61,6 +69,68 @@ TEST_F(MemoryDevice, MonitorControlIsAPlainRegisterOfTheWindow)
     const Result run =
         runOnFile({programPath(), "--gpu", "QZ201", "--mem", "1000,3ff000,0,0", "--cmd", "monitor f;rrl 309000"});
     EXPECT_THAT(run.output, EndsWith("Monitor the axi trans final!\n00309000: 00000002\n"));
+}
+
+TEST_F(MemoryDevice, ZoomVideoFindsTheSizeOfThePictureInTheWindow)
+{
+    const auto output = [&](const std::string& height) {
+        std::string memory(0x20000, '\0');
+        memory.replace(0x110cc, 4, "\xd0\x02" + height);
+        folder.writeFile("memory", memory);
+        return runOnFile({programPath(), "--mem", "1000,1f000,0,0", "--cmd", "zv start 0"}).output;
+    };
+    EXPECT_THAT(output(std::string(2, '\0')), HasSubstr("Invalid argument."));
+    EXPECT_THAT(output("\x40\x02"), Not(HasSubstr("Invalid argument.")));
+    EXPECT_EQ(folder.readFile("memory").substr(0x110c0, 4), std::string("\1\0\0\0", 4)) << "it has looked";
+}
+
+/** The file as another program has it mapped. */
+class MappedFile
+{
+public:
+    MappedFile(const std::filesystem::path& name, std::size_t size) : size_(size)
+    {
+        const int file = open(name.c_str(), O_RDWR | O_CLOEXEC);
+        bytes_ = static_cast<volatile std::uint8_t*>(mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0));
+        close(file);
+    }
+    ~MappedFile() { munmap(const_cast<std::uint8_t*>(bytes_), size_); }
+    MappedFile(const MappedFile&) = delete;
+    MappedFile& operator=(const MappedFile&) = delete;
+
+    volatile std::uint8_t& operator[](std::size_t offset) { return bytes_[offset]; }
+    volatile std::uint32_t& longAt(std::size_t offset)
+    {
+        return *reinterpret_cast<volatile std::uint32_t*>(bytes_ + offset);
+    }
+
+private:
+    std::size_t size_;
+    volatile std::uint8_t* bytes_;
+};
+
+TEST_F(MemoryDevice, TheMcuIsAskedThroughItsMailboxInTheWindow)
+{
+    constexpr std::size_t kSize = 0x50000;
+    constexpr std::size_t kMailbox = 0x1000 + 0x3ff00;
+    folder.writeFile("memory", std::string(kSize, '\0'));
+    MappedFile memory(folder.path() / "memory", kSize);
+    memory.longAt(kMailbox) = 0xdeadbeef;
+    std::uint32_t address = 0;
+    std::thread firmware([&] {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (memory[kMailbox + 0x13] != 0xaa && std::chrono::steady_clock::now() < end) {
+        }
+        address = memory.longAt(kMailbox + 0x14);
+        memory[kMailbox + 0x80] = 0x5a;
+        memory.longAt(kMailbox + 0x1c) = 0x55aa55aa;
+    });
+    const Result run = runOnFile({programPath(), "--mem", "1000,40000,0,0", "--cmd", "mcu aux r 202"});
+    firmware.join();
+    EXPECT_THAT(run.output, EndsWith("00000202: 5a\n"));
+    EXPECT_EQ(address, 0x202U);
+    EXPECT_EQ(memory[kMailbox + 0x11], 9) << "read over AUX";
+    EXPECT_EQ(memory.longAt(kMailbox + 0x1c), 0U) << "the mailbox has been released";
 }
 
 TEST_F(MemoryDevice, AFileThatIsTooShortIsRefused)
