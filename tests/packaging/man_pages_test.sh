@@ -4,7 +4,6 @@
 source "$(dirname "$0")/support.sh"
 pages=("$BUILD"/man/*.[1-9])
 ((${#pages[@]} >= 7)) || fail "there are only ${#pages[@]} pages"
-needs groff groff
 needs man man-db
 
 for page in "${pages[@]}"; do
