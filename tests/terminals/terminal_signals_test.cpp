@@ -20,6 +20,7 @@
 #include <system_error>
 #include <vector>
 
+#include "board_process.h"
 #include "pty_console.h"
 
 namespace
@@ -51,6 +52,8 @@ std::vector<int> endingSignals()
 struct WaitingPlace {
     std::string name;
     std::vector<std::string> arguments;
+    /** On the serial line of a board that answers no more from when. */
+    enum class Board { kNone, kSilent, kSilentOnceOpen } board = Board::kNone;
     /** What a user does to get there. */
     std::function<bool(PtyConsole&)> reach;
     bool isRaw = false;
@@ -124,6 +127,17 @@ std::vector<WaitingPlace> waitingPlaces()
                         shows(console, "data: 0x11 0x22\r\n");
              },
          .endsAtHangUp = false},
+        {.name = "SerialGreeting",
+         .arguments = {kTool},
+         .board = WaitingPlace::Board::kSilent,
+         .reach = [](PtyConsole& console) { return console.waitForSleepingCommand(); },
+         .endsAtHangUp = false},
+        {.name = "SerialAnswer",
+         .arguments = {kTool},
+         .board = WaitingPlace::Board::kSilentOnceOpen,
+         .reach =
+             [](PtyConsole& console) { return enter(console, "spi read 0 1000") && console.waitForSleepingCommand(); },
+         .endsAtHangUp = false},
         {.name = "SlowReader", .arguments = {kTool}, .reach = enterLongDump},
         {.name = "PausedOutput", .arguments = {kTool}, .reach = pauseLongDump},
     };
@@ -151,10 +165,22 @@ protected:
         std::filesystem::remove_all(folder_, ignored);
     }
 
-    std::unique_ptr<PtyConsole> start(int standardOutput = -1)
+    std::unique_ptr<PtyConsole> start()
     {
-        auto console = std::make_unique<PtyConsole>(
-            PtyCommand{.arguments = GetParam().arguments, .standardOutput = standardOutput});
+        PtyCommand command{.arguments = GetParam().arguments};
+        if (GetParam().board != WaitingPlace::Board::kNone) {
+            // A slow line has long waits.
+            board_ = std::make_unique<BoardProcess>();
+            command.arguments.insert(command.arguments.end(), {"--tty", board_->ttyOption(9600)});
+        }
+        if (GetParam().board == WaitingPlace::Board::kSilent) {
+            board_->signal(SIGSTOP);
+        }
+        auto console = std::make_unique<PtyConsole>(command);
+        if (GetParam().board == WaitingPlace::Board::kSilentOnceOpen) {
+            EXPECT_TRUE(shows(*console, "serial port for QZ201!"));
+            board_->signal(SIGSTOP);
+        }
         EXPECT_TRUE(GetParam().reach(*console));
         return console;
     }
@@ -178,6 +204,7 @@ protected:
 
 private:
     std::string folder_;
+    std::unique_ptr<BoardProcess> board_;
 };
 
 TEST_P(Waiting, HasTheTerminalAsTheWaitNeedsIt)
@@ -204,8 +231,11 @@ TEST_P(Waiting, EndsAtEverySignalWithTheSettingsAsBefore)
 TEST_P(Waiting, GoesOnAtSignalsThatEndNothing)
 {
     const std::unique_ptr<PtyConsole> console = start();
-    for (const int signalNumber : {SIGXFSZ, SIGCHLD, SIGURG, SIGWINCH}) {
+    for (const int signalNumber : {SIGXFSZ, SIGCHLD, SIGURG}) {
         console->signal(signalNumber);
+    }
+    for (const int columns : {1, 200, 0, 80}) {
+        console->resize(columns, columns);
     }
     console->signal(SIGTERM);
     expectEvent(*console, &ProcessEvent::killedBy, SIGTERM);

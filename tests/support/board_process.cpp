@@ -8,9 +8,6 @@
 #include <csignal>
 #include <stdexcept>
 
-namespace serial_test
-{
-
 BoardProcess::BoardProcess(std::vector<std::string> options)
 {
     options.insert(options.begin(), VEK_BOARD);
@@ -47,9 +44,9 @@ BoardProcess::~BoardProcess()
     }
 }
 
-std::string BoardProcess::ttyOption() const
+std::string BoardProcess::ttyOption(int rate) const
 {
-    return terminal_.substr(std::string("/dev/").size()) + ",115200";
+    return terminal_.substr(std::string("/dev/").size()) + ',' + std::to_string(rate);
 }
 
 void BoardProcess::signal(int number) const
@@ -65,5 +62,3 @@ int BoardProcess::wait()
     process_ = -1;
     return status;
 }
-
-}  // namespace serial_test

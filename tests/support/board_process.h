@@ -10,9 +10,6 @@
 #include <string>
 #include <vector>
 
-namespace serial_test
-{
-
 /** A board on a pseudo-terminal of its own. */
 class BoardProcess
 {
@@ -27,7 +24,7 @@ public:
     /** The terminal that a host opens, "/dev/pts/3". */
     const std::string& terminal() const { return terminal_; }
     /** What `--tty` takes for it, "pts/3,115200". */
-    std::string ttyOption() const;
+    std::string ttyOption(int rate = 115200) const;
 
     void signal(int number) const;
     /** Waits for its end. @return the status as waitpid() gives it */
@@ -37,7 +34,5 @@ private:
     pid_t process_ = -1;
     std::string terminal_;
 };
-
-}  // namespace serial_test
 
 #endif
