@@ -39,6 +39,7 @@ private:
     enum class Step { kFailed, kDone, kOpened };
 
     int openLast(int flags, mode_t mode) const;
+    int openPlace() const;
     Step stepOn(int flags, mode_t mode, int& opened);
     Step follow(int link, int flags, mode_t mode, int& opened);
     bool mayFollow(int link) const;
@@ -124,10 +125,17 @@ int Way::openLast(int flags, mode_t mode) const
     return openat(folder_, name, flags | O_NOFOLLOW | (asFolder_ ? O_DIRECTORY : 0), mode);
 }
 
+// The first name of the path itself, be it a link. To ask for a folder mounts what is mounted at its first use.
+int Way::openPlace() const
+{
+    const int folder = isLast_ ? -1 : openat(folder_, path_, kPlaceFlags | O_NOFOLLOW | O_DIRECTORY);
+    return folder >= 0 ? folder : openat(folder_, path_, kPlaceFlags | O_NOFOLLOW);
+}
+
 // From the folder over the first name of the path, which leads to another folder or is a link.
 Way::Step Way::stepOn(int flags, mode_t mode, int& opened)
 {
-    const int place = openat(folder_, path_, kPlaceFlags | O_NOFOLLOW);
+    const int place = openPlace();
     if (place < 0) {
         return Step::kFailed;
     }

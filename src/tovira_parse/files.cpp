@@ -109,9 +109,14 @@ FileText readDescriptor(int descriptor, std::size_t limit)
     return {.text = std::move(text), .outOfMemory = false, .length = length, .size = static_cast<std::size_t>(got)};
 }
 
-int descriptorOf(void* cookie)
+// What a stream that writes a file hands to its functions.
+struct OpenedFile {
+    int descriptor;
+};
+
+int descriptorOf(const void* cookie)
 {
-    return static_cast<int>(reinterpret_cast<std::intptr_t>(cookie));
+    return static_cast<const OpenedFile*>(cookie)->descriptor;
 }
 
 // Writes all of it, whatever interrupts that: the C library's own streams lose what they were about to write.
@@ -132,22 +137,32 @@ ssize_t writeWhole(void* cookie, const char* bytes, std::size_t size)
 // A close that is interrupted has taken place all the same.
 int closeWritten(void* cookie)
 {
-    return close(descriptorOf(cookie)) == 0 || errno == EINTR ? 0 : -1;
+    const HeapPointer<OpenedFile> file(static_cast<OpenedFile*>(cookie));
+    return file->descriptor < 0 || close(file->descriptor) == 0 || errno == EINTR ? 0 : -1;
 }
 
 }  // namespace
 
 FILE* createFile(const char* name)
 {
-    const int descriptor = openToWrite(name);
-    if (descriptor < 0) {
+    // Without memory for a stream the file stays as it is: one is opened, and cut to nothing, when there is a stream.
+    HeapPointer<OpenedFile> opened(static_cast<OpenedFile*>(malloc(sizeof(OpenedFile))));
+    if (opened == nullptr) {
         return nullptr;
     }
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): the stream hands it back as it is
-    FILE* const file = fopencookie(reinterpret_cast<void*>(std::intptr_t{descriptor}), "wb",
+    opened->descriptor = -1;
+    FILE* const file = fopencookie(opened.get(), "wb",
                                    {.read = nullptr, .write = writeWhole, .seek = nullptr, .close = closeWritten});
     if (file == nullptr) {
-        closeKeepingErrno(descriptor);
+        return nullptr;
+    }
+    OpenedFile& owned = *opened.release();
+    owned.descriptor = openToWrite(name);
+    if (owned.descriptor < 0) {
+        const int reason = errno;
+        fclose(file);
+        errno = reason;
+        return nullptr;
     }
     return file;
 }

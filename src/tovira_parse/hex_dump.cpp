@@ -47,7 +47,7 @@ void printLine(std::uint64_t address, const std::uint8_t* bytes, int count)
     *column++ = '\t';
     column = std::copy_n(characters.begin(), count, column);
     *column++ = '\n';
-    fwrite_unlocked(line.data(), 1, static_cast<std::size_t>(column - line.data()), stdout);
+    fwrite(line.data(), 1, static_cast<std::size_t>(column - line.data()), stdout);
 }
 
 static_assert(kLongestLabel <= kFieldWidth);

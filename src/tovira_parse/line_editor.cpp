@@ -47,7 +47,7 @@ struct Editing {
 void print(int character, int times = 1)
 {
     for (; times > 0; --times) {
-        putchar_unlocked(character);
+        putchar(character);
     }
 }
 

@@ -26,6 +26,8 @@ constexpr std::int64_t kRedrawInterval = kSecond / 10;
 // Every line of a dump to the same terminal takes the progress line away, so it comes back soon.
 constexpr std::int64_t kSharedRedrawInterval = kSecond / 100;
 constexpr int kUsualColumns = 80;
+// Less than this takes no two seconds, on the slowest line a few, and is not worth a thread.
+constexpr std::uint64_t kLeastWatched = 4096;
 
 // The column at which standard output stands, at whose row or below it the line is drawn; -1 when there is no line. The
 // handlers of signals read it.
@@ -119,6 +121,10 @@ void draw(std::string_view text, int column)
     const sigset_t before = holdBackSignals();
     shownAt = column;
     replaceLine(text.substr(0, static_cast<std::size_t>(columns - 1)), column);
+    // A signal's handler on the other thread may have taken away what was not there yet.
+    if (shownAt == kNothingShown) {
+        replaceLine("", column);
+    }
     releaseSignals(before);
 }
 
@@ -265,7 +271,7 @@ void hideProgressFromSignal()
 
 ElapsedTime::ElapsedTime(const char* workName, std::uint64_t workBytes) : name(workName), bytes(workBytes)
 {
-    if (!canBeShown() || sem_init(&ended, 0, 0) != 0) {
+    if (bytes < kLeastWatched || !canBeShown() || sem_init(&ended, 0, 0) != 0) {
         return;
     }
     startedAt = now();

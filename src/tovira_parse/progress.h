@@ -38,8 +38,8 @@ inline void stepProgress(Progress& progress, std::uint64_t done, int column)
 /// Takes the line away until it is due again: to be called before work prints, and at its end.
 void hideProgress();
 
-/// Shows, while it lives, the time that work takes which gives no sign of itself. The work must not print. A thread of
-/// its own draws the line, with all signals held back, so that no wait of the work's is cut short.
+/// Shows, while it lives, the time that work on 4 KiB or more takes which gives no sign of itself. The work must not
+/// print. A thread of its own draws the line, with all signals held back, so that no wait of the work's is cut short.
 struct ElapsedTime {
     /// Begins work on so many bytes; `name` is kept, not copied.
     ElapsedTime(const char* name, std::uint64_t bytes);

@@ -38,7 +38,7 @@ protected:
             throw std::filesystem::filesystem_error("mkdtemp", std::error_code(errno, std::generic_category()));
         }
         folder_ = name;
-        std::ofstream(folder_ / "IMAGE") << "flash it";
+        std::ofstream(folder_ / "IMAGE") << std::string(4096, 'i');
     }
     ~Progress() override { std::filesystem::remove_all(folder_); }
     Progress(const Progress&) = delete;
@@ -153,16 +153,21 @@ TEST_P(WorkOfOneCall, LeavesNothingOnTheTerminalOfItsOutput)
 INSTANTIATE_TEST_SUITE_P(All, WorkOfOneCall,
                          ::testing::Values(WholeWork{"spi read 0 1000 saved", "reading flash: 4.0 KiB"},
                                            WholeWork{"spi erase 10000 180000", "erasing flash: 1.5 MiB"},
-                                           WholeWork{"spi program 0 IMAGE", "programming flash: 8 B"},
-                                           WholeWork{"vrls 0 100", "reading: 1.0 KiB"},
+                                           WholeWork{"spi program 0 IMAGE", "programming flash: 4.0 KiB"},
+                                           WholeWork{"vrls 0 400", "reading: 4.0 KiB"},
                                            WholeWork{"vrls 0 40000000 file", "reading: 4.0 GiB"}));
+
+TEST_F(Progress, OfASmallCallShowsNothing)
+{
+    EXPECT_EQ(errorOutput(command("spi read 0 fff", 3)), "");
+}
 
 TEST_F(Progress, OfAFailedCallGoesAsWell)
 {
-    std::vector<std::string> arguments = command("spi read 0 10", 2);
+    std::vector<std::string> arguments = command("spi read 0 1000", 2);
     arguments.insert(arguments.begin() + 2, "RECORDING_VEK_RESULT_vekSpiReadBuffer=-5");
     const std::string error = errorOutput(arguments);
-    EXPECT_EQ(error, elapsed("reading flash: 16 B", 2) + kErase);
+    EXPECT_EQ(error, elapsed("reading flash: 4.0 KiB", 2) + kErase);
     EXPECT_EQ(contents("output"), "enter command line with /dev/vekrw for QZ201!\n");
 }
 

@@ -2,8 +2,9 @@
 
 #include <dlfcn.h>
 #include <pthread.h>
-#include <unistd.h>
+#include <semaphore.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +15,7 @@
 #include "tovira_parse/heap.h"
 #include "tovira_parse/terminal.h"
 #include "tovira_parse/text.h"
+#include "tovira_parse/wait.h"
 #include "util_cmd.h"
 #include "vek.h"
 
@@ -37,6 +39,7 @@ constexpr std::uint32_t kCycleQz202 = 0x288808;
 constexpr std::uint32_t kRegistersOnAmba = 0x1000000;
 
 constexpr char kEndKey = 'd';
+constexpr std::uint32_t kMomentMicroseconds = 20'000;
 
 // The monitor of the card at hand.
 struct AxiMonitor {
@@ -78,11 +81,15 @@ HeapPointer<char> makeFolderName()
     return name;
 }
 
+// Posted when the collector is about to call the library.
+sem_t collectorHasBegun;
+
 // The collector ends some time after it is cancelled and nobody waits for it, so its name goes with it.
 void* collectWithOwnName(void* name)
 {
     void* result = nullptr;
     pthread_cleanup_push(free, name);
+    sem_post(&collectorHasBegun);
     result = vek_thread_qz202monitor(name);
     pthread_cleanup_pop(1);
     return result;
@@ -94,14 +101,22 @@ bool canCancelThreads()
     return dlopen("libgcc_s.so.1", RTLD_NOW) != nullptr;
 }
 
+// Returns when the collector has begun: a key that was typed ahead would else cancel it before it has called the
+// library.
 bool createCollector(pthread_t& collector, char* name)
 {
     if (!canCancelThreads()) {
         return false;
     }
+    sem_init(&collectorHasBegun, 0, 0);
     const sigset_t before = holdBackSignals();
     const bool created = pthread_create(&collector, nullptr, collectWithOwnName, name) == 0;
     releaseSignals(before);
+    if (created) {
+        while (sem_wait(&collectorHasBegun) != 0 && errno == EINTR) {
+        }
+        waitMicroseconds(kMomentMicroseconds);
+    }
     return created;
 }
 

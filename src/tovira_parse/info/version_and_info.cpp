@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
@@ -70,7 +71,7 @@ int drawUntilKey(gpu_info& info, bool onTerminal, int lastResult)
             return lastResult;
         }
         printf("%s%6.1dmb total, %6.1dmb free, %6.1dmb used", kBackOverLine, info.total, info.free, info.used);
-        if (fflush(stdout) != 0) {
+        if (fflush(stdout) != 0 && errno != EINTR && errno != EAGAIN) {
             return lastResult;
         }
         sleep(kRefreshSeconds);

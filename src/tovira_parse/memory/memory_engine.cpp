@@ -67,7 +67,7 @@ char* putItem(char* out, Item item)
 
 void printText(const char* begin, const char* end)
 {
-    fwrite_unlocked(begin, 1, static_cast<std::size_t>(end - begin), stdout);
+    fwrite(begin, 1, static_cast<std::size_t>(end - begin), stdout);
 }
 
 template <typename Item>
@@ -181,14 +181,14 @@ void readAndShowRun(const MemoryFamily& family, const Run& run, const RunSinks& 
         stepProgress(progress, (first + inLine) * sizeof(Item), column);
     }
     hideProgress();
-    putchar_unlocked('\n');
+    putchar('\n');
 }
 
 template <typename Item>
 int readRunIntoBuffer(const MemoryFamily& family, Tokens& arguments, const Run& run, std::uint64_t& next)
 {
     if (!fitsBuffer(run, sizeof(Item))) {
-        putchar_unlocked('\n');
+        putchar('\n');
         next = run.start;
         return kStatusDone;
     }
