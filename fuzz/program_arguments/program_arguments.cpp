@@ -30,6 +30,11 @@ std::jmp_buf endOfRun;
 bool running = false;
 bool abortIsRight = false;
 
+bool isDocumented(int status)
+{
+    return status == EXIT_SUCCESS || status == EXIT_FAILURE;
+}
+
 [[noreturn]] void endRun()
 {
     running = false;
@@ -41,7 +46,7 @@ void run(fuzz::Words& words)
     optind = 0;
     running = true;
     if (setjmp(endOfRun) == 0) {
-        tovira_main(words.count(), words.pointers());
+        fuzz::require(isDocumented(tovira_main(words.count(), words.pointers())));
     }
     running = false;
 }
@@ -53,6 +58,7 @@ extern "C" {
 [[noreturn]] void __wrap_exit(int status)
 {
     if (running) {
+        fuzz::require(isDocumented(status));
         endRun();
     }
     __real_exit(status);

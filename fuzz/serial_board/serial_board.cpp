@@ -1,12 +1,14 @@
 // The board's end of the serial line. The input is a row of pieces, each headed by a byte: raw bytes for the line, or a
 // message that is put into a frame with its check sum, with the session and sequence number that the board expects or
-// with numbers of its own.
+// with numbers of its own. Whether the board carries out a message, once and no more, and what it answers to one that
+// is repeated is compared with a second reading of the protocol.
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "path/driver_path.h"
 #include "serial/board_end.h"
@@ -25,6 +27,11 @@ using vek::serial_protocol::Operation;
 enum class Piece : std::uint8_t { kRaw, kNextRequest, kSameRequest, kOwnNumbers };
 constexpr std::uint8_t kPieces = 4;
 
+// In the byte that heads a message.
+constexpr std::uint8_t kSentTwice = 0x80;
+
+using Bytes = std::vector<std::uint8_t>;
+
 // The end of the line at which replies arrive.
 class Host final : public vek::ReplySink
 {
@@ -39,14 +46,18 @@ public:
             }
         }
         fuzz::require(messages == 1);
+        ++replies_;
     }
 
     std::uint16_t session() const { return session_; }
+    unsigned replies() const { return replies_; }
+    const Bytes& lastReply() const { return lastReply_; }
 
 private:
     void look(std::span<const std::uint8_t> message)
     {
         fuzz::require(message.size() > kHeaderSize && (message[0] & kReplyBit) != 0);
+        lastReply_.assign(message.begin(), message.end());
         if (message[0] != (static_cast<std::uint8_t>(Operation::kGreet) | kReplyBit)) {
             return;
         }
@@ -60,15 +71,96 @@ private:
     }
 
     vek::FrameDecoder decoder_;
+    Bytes lastReply_;
     std::uint16_t session_ = 0;
+    unsigned replies_ = 0;
+};
+
+// What the board has to do with each message, as the protocol's description says.
+class Follower
+{
+public:
+    Follower(vek::BoardEnd& board, const Host& host) : board_(board), host_(host) {}
+
+    void takeRaw(std::span<const std::uint8_t> bytes)
+    {
+        const std::uint64_t executions = board_.executions();
+        board_.take(bytes);
+        // Whole frames may stand in it.
+        noteSession();
+        known_ = known_ && board_.executions() == executions;
+    }
+
+    void takeMessage(const vek::MessageWriter& message)
+    {
+        // Ends what stood on the line before.
+        constexpr std::uint8_t kDelimiter = 0;
+        takeRaw({&kDelimiter, 1});
+        const Bytes bytes(message.bytes().begin(), message.bytes().end());
+        const bool isNew = isNewRequest(bytes);
+        const bool isRepeated = known_ && bytes == lastRequest_;
+        const std::uint64_t executions = board_.executions();
+        const unsigned replies = host_.replies();
+        vek::FrameBuffer buffer;
+        board_.take(vek::encodeFrame(message.bytes(), buffer));
+        const std::uint64_t executed = board_.executions() - executions;
+        fuzz::require(executed <= 1 && (!known_ || executed == (isNew ? 1U : 0U)));
+        fuzz::require(host_.replies() - replies == (isAnswered(bytes) ? 1U : 0U));
+        noteSession();
+        if (executed == 1) {
+            known_ = true;
+            lastRequest_ = bytes;
+            lastReply_ = host_.lastReply();
+        } else if (isRepeated) {
+            fuzz::require(host_.lastReply() == lastReply_);
+        }
+    }
+
+private:
+    static std::uint16_t numberAt(const Bytes& message, std::size_t offset)
+    {
+        return vek::MessageReader(std::span(message).subspan(offset)).take16();
+    }
+
+    bool isNewRequest(const Bytes& message) const
+    {
+        constexpr std::uint16_t kHalfOfAll = 0x8000;
+        const auto ahead =
+            static_cast<std::uint16_t>(numberAt(message, 3) - (lastRequest_.empty() ? 0 : numberAt(lastRequest_, 3)));
+        return (message[0] & kReplyBit) == 0 && message[0] != static_cast<std::uint8_t>(Operation::kGreet) &&
+               session_ != 0 && numberAt(message, 1) == session_ && ahead != 0 && ahead < kHalfOfAll;
+    }
+
+    static bool isAnswered(const Bytes& message)
+    {
+        return (message[0] & kReplyBit) == 0 &&
+               (message[0] != static_cast<std::uint8_t>(Operation::kGreet) || message.size() > kHeaderSize);
+    }
+
+    void noteSession()
+    {
+        if (host_.session() != session_) {
+            session_ = host_.session();
+            known_ = true;
+            lastRequest_.clear();
+        }
+    }
+
+    vek::BoardEnd& board_;
+    const Host& host_;
+    std::uint16_t session_ = 0;
+    // Not after whole requests in raw bytes.
+    bool known_ = true;
+    Bytes lastRequest_;
+    Bytes lastReply_;
 };
 
 // Plays the pieces of an input to a board.
 class Player
 {
 public:
-    Player(vek::BoardEnd& board, const Host& host, std::span<const std::uint8_t> input)
-        : board_(board), host_(host), input_(input)
+    Player(Follower& follower, const Host& host, std::span<const std::uint8_t> input)
+        : follower_(follower), host_(host), input_(input)
     {
     }
 
@@ -76,9 +168,10 @@ public:
 
     void playPiece()
     {
-        const auto piece = static_cast<Piece>(input_.take8() % kPieces);
+        const std::uint8_t head = input_.take8();
+        const auto piece = static_cast<Piece>(head % kPieces);
         if (piece == Piece::kRaw) {
-            board_.take(takeBytes(input_.take8()));
+            follower_.takeRaw(takeBytes(input_.take8()));
             return;
         }
         const std::uint8_t operation = input_.take8();
@@ -92,8 +185,10 @@ public:
         }
         vek::MessageWriter message(operation, session, sequence);
         message.putBytes(takeBytes(input_.take16() % (vek::kMaxMessage - kHeaderSize + 1)));
-        vek::FrameBuffer buffer;
-        board_.take(vek::encodeFrame(message.bytes(), buffer));
+        follower_.takeMessage(message);
+        if ((head & kSentTwice) != 0) {
+            follower_.takeMessage(message);
+        }
     }
 
 private:
@@ -105,7 +200,7 @@ private:
         return bytes;
     }
 
-    vek::BoardEnd& board_;
+    Follower& follower_;
     const Host& host_;
     vek::MessageReader input_;
     std::uint16_t sequence_ = 0;
@@ -121,7 +216,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const fuzz::Sandbox sandbox;
     Host host;
     vek::BoardEnd board(*vek::driverPath(data[0] % 2), host);
-    Player player(board, host, std::span(data, size).subspan(1));
+    Follower follower(board, host);
+    Player player(follower, host, std::span(data, size).subspan(1));
     while (!player.atEnd()) {
         player.playPiece();
     }

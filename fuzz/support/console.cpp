@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "support/require.h"
+#include "support/sandbox.h"
 #include "tovira_parse/dispatcher.h"
 #include "tovira_parse/line_editor.h"
 #include "util_cmd.h"
@@ -12,13 +13,21 @@ namespace fuzz
 namespace
 {
 
+// A typed line has one of the dispatcher's own statuses; an empty one hands on what the repeated command says.
+bool isStatusOfLine(int status, bool empty)
+{
+    return empty || (status >= kStatusModeRefused && status <= kStatusQuit);
+}
+
 int runLine(std::string_view line)
 {
     const std::size_t length = std::min(line.size(), static_cast<std::size_t>(kCmdLineSize - 1));
     std::copy_n(line.begin(), length, CmdLines);
     CmdLines[length] = '\0';
     const int status = parseAndRunCmd();
+    require(isStatusOfLine(status, length == 0));
     require(std::find(CmdLines, CmdLines + kCmdLineSize, '\0') != CmdLines + kCmdLineSize);
+    require(Sandbox::terminalIsAsBefore());
     return status;
 }
 

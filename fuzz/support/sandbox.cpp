@@ -69,7 +69,10 @@ struct Mapping {
 thread_local bool inside = false;
 
 bool terminalFitted = false;
+// Of the terminal on standard input, and of a serial line.
 termios terminalSettings;
+termios lineSettings;
+sigset_t heldBackSignals;
 unsigned filesOpened = 0;
 std::uint64_t clockNanoseconds = 0;
 std::uint64_t waits = 0;
@@ -146,6 +149,42 @@ void passTime(const timespec& duration)
              static_cast<std::uint64_t>(duration.tv_nsec));
 }
 
+// As a shell leaves a terminal.
+constexpr termios kSettingsAtStart = {.c_iflag = ICRNL | IXON,
+                                      .c_oflag = OPOST | ONLCR,
+                                      .c_cflag = CREAD | CS8 | B38400,
+                                      .c_lflag = ECHO | ECHOE | ECHOK | ICANON | IEXTEN | ISIG,
+                                      .c_line = 0,
+                                      .c_cc = {},
+                                      .c_ispeed = B38400,
+                                      .c_ospeed = B38400};
+
+bool areAtStart(const termios& settings)
+{
+    return memcmp(&settings, &kSettingsAtStart, sizeof settings) == 0;
+}
+
+termios& settingsOf(int descriptor)
+{
+    return descriptor == STDIN_FILENO ? terminalSettings : lineSettings;
+}
+
+int changeHeldBackSignals(int how, const sigset_t* signals, sigset_t* before)
+{
+    const sigset_t present = heldBackSignals;
+    if (before != nullptr) {
+        *before = present;
+    }
+    for (int number = 1; signals != nullptr && number <= SIGRTMAX; ++number) {
+        const bool named = sigismember(signals, number) == 1;
+        const bool held = how == SIG_BLOCK     ? named || sigismember(&present, number) == 1
+                          : how == SIG_UNBLOCK ? !named && sigismember(&present, number) == 1
+                                               : named;
+        held ? sigaddset(&heldBackSignals, number) : sigdelset(&heldBackSignals, number);
+    }
+    return 0;
+}
+
 mode_t modeArgument(int flags, va_list arguments)
 {
     return (flags & O_CREAT) != 0 ? static_cast<mode_t>(va_arg(arguments, int)) : 0;
@@ -209,7 +248,9 @@ Sandbox::Sandbox(std::string_view typed, bool terminal) : before_{stdin, stdout,
     }
     resetProductState();
     terminalFitted = terminal;
-    terminalSettings = {};
+    terminalSettings = kSettingsAtStart;
+    lineSettings = kSettingsAtStart;
+    sigemptyset(&heldBackSignals);
     filesOpened = 0;
     clockNanoseconds = kNanosecondsPerSecond;
     waits = 0;
@@ -230,6 +271,7 @@ Sandbox::~Sandbox()
 {
     inside = false;
     require(lowestFreeDescriptor() == firstFree_);
+    require(terminalIsAsBefore() && areAtStart(lineSettings));
     stdin = before_[0];
     stdout = before_[1];
     stderr = before_[2];
@@ -247,6 +289,11 @@ std::string_view Sandbox::printed() const
 {
     fflush(output_);
     return {kept.data(), keptSize};
+}
+
+bool Sandbox::terminalIsAsBefore()
+{
+    return areAtStart(terminalSettings) && sigisemptyset(&heldBackSignals) == 1;
 }
 
 void Sandbox::addFile(const char* name, std::span<const std::uint8_t> contents)
@@ -388,12 +435,12 @@ int __wrap_sigaction(int signalNumber, const struct sigaction* action, struct si
 
 int __wrap_pthread_sigmask(int how, const sigset_t* signals, sigset_t* before)
 {
-    return inside ? 0 : __real_pthread_sigmask(how, signals, before);
+    return inside ? changeHeldBackSignals(how, signals, before) : __real_pthread_sigmask(how, signals, before);
 }
 
 int __wrap_sigprocmask(int how, const sigset_t* signals, sigset_t* before)
 {
-    return inside ? 0 : __real_sigprocmask(how, signals, before);
+    return inside ? changeHeldBackSignals(how, signals, before) : __real_sigprocmask(how, signals, before);
 }
 
 int __wrap_tcgetattr(int descriptor, termios* settings)
@@ -401,7 +448,7 @@ int __wrap_tcgetattr(int descriptor, termios* settings)
     if (!inside) {
         return __real_tcgetattr(descriptor, settings);
     }
-    *settings = terminalSettings;
+    *settings = settingsOf(descriptor);
     return terminalFitted ? 0 : -1;
 }
 
@@ -410,8 +457,11 @@ int __wrap_tcsetattr(int descriptor, int when, const termios* settings)
     if (!inside) {
         return __real_tcsetattr(descriptor, when, settings);
     }
-    terminalSettings = *settings;
-    return terminalFitted ? 0 : -1;
+    if (!terminalFitted) {
+        return -1;
+    }
+    settingsOf(descriptor) = *settings;
+    return 0;
 }
 
 int __wrap_isatty(int descriptor)

@@ -20,7 +20,7 @@ namespace fuzz
 ///   - standard output and standard error are kept up to some length, standard input holds what is given here;
 ///   - memory beyond a few MiB is refused, mappings are taken back at the end;
 ///   - signal handlers are not installed, threads are not created.
-/// What the product has opened it has to have closed at the end.
+/// What the product has opened it has to have closed at the end, and the terminal has to be as it was.
 class Sandbox
 {
 public:
@@ -32,6 +32,9 @@ public:
 
     /// Puts a file into the scratch folder.
     static void addFile(const char* name, std::span<const std::uint8_t> contents);
+
+    /// Whether the settings of the terminal on standard input, and the signals held back, are those of the beginning.
+    static bool terminalIsAsBefore();
 
     /// Everything printed so far to standard output and standard error.
     std::string_view printed() const;
