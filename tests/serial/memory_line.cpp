@@ -14,6 +14,13 @@ constexpr std::uint64_t kByteTime = 86'806;
 
 }  // namespace
 
+bool Wire::strikes(double rate)
+{
+    const bool struck = std::uniform_real_distribution<>()(random_) < rate;
+    faultsDone_ += struck ? 1 : 0;
+    return struck;
+}
+
 void Wire::send(std::uint8_t byte, std::uint64_t time)
 {
     if (strikes(faults_.insert)) {

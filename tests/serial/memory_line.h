@@ -48,19 +48,23 @@ public:
     std::uint64_t nextTime() const { return bytes_.front().time; }
     std::uint8_t take();
 
+    /** How many bytes have suffered something so far. */
+    std::uint64_t faultsDone() const { return faultsDone_; }
+
 private:
     struct Arrival {
         std::uint64_t time;
         std::uint8_t byte;
     };
 
-    bool strikes(double rate) { return std::uniform_real_distribution<>()(random_) < rate; }
+    bool strikes(double rate);
     std::uint64_t pick(std::uint64_t below) { return random_() % below; }
 
     Faults faults_;
     std::mt19937_64 random_;
     std::deque<Arrival> bytes_;
     std::uint64_t last_ = 0;
+    std::uint64_t faultsDone_ = 0;
 };
 
 /** The line of a host. The other end is a function that gets each byte and answers with bytes. */

@@ -120,6 +120,19 @@ TEST_F(Session, TakesTwentyOneAndSeventeenBytesForAReadOfFour)
     EXPECT_EQ(line_.receivedBytes() - received, 17U);
 }
 
+TEST_F(Session, LeavesTheLineNoPauseBetweenTransactions)
+{
+    constexpr std::uint64_t kSecond = 1'000 * kMillisecond;
+    const std::uint64_t start = line_.now();
+    std::uint32_t value = 0;
+    unsigned reads = 0;
+    while (line_.now() - start < kSecond) {
+        ASSERT_EQ(readAmba(0x2000'0010, value), VEK_OK);
+        ++reads;
+    }
+    EXPECT_EQ(reads, 304U) << "the last one of them goes beyond the second";
+}
+
 TEST_F(Session, AsksAgainForALostReplyAndTheBoardDoesNothingTwice)
 {
     for (const unsigned lost : {1U, 3U, SerialSession::kAttempts - 1}) {

@@ -3,11 +3,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
+#include <sstream>
 
 #include "board_process.h"
 #include "child_process.h"
+#include "line_between.h"
 #include "pty_console.h"
 
 namespace serial_test
@@ -27,17 +32,23 @@ std::string outputOf(const std::vector<std::string>& options, const std::string&
     std::vector<std::string> arguments = {TOVIRA_UTIL_TOOL};
     arguments.insert(arguments.end(), options.begin(), options.end());
     arguments.insert(arguments.end(), {"--cmd", commands});
-    const child_process::Result result =
-        child_process::run({.arguments = arguments, .folder = std::filesystem::temp_directory_path().string()});
+    const child_process::Result result = child_process::run({.arguments = arguments,
+                                                             .folder = std::filesystem::temp_directory_path().string(),
+                                                             .timeout = std::chrono::minutes(20)});
     EXPECT_EQ(result.exitStatus, 0) << result.error;
     EXPECT_THAT(result.output, StartsWith(startLine));
     return result.output.substr(std::min(result.output.size(), startLine.size()));
 }
 
+std::string onTerminal(const std::string& ttyOption, const std::string& commands, const char* chip = "QZ201")
+{
+    return outputOf({"--tty", ttyOption}, commands,
+                    std::string("enter command line with serial port for ") + chip + "!\n");
+}
+
 std::string onSerialLine(const BoardProcess& board, const std::string& commands, const char* chip = "QZ201")
 {
-    return outputOf({"--tty", board.ttyOption()}, commands,
-                    std::string("enter command line with serial port for ") + chip + "!\n");
+    return onTerminal(board.ttyOption(), commands, chip);
 }
 
 std::string onDriver(const std::string& card, const std::string& commands, const char* chip)
@@ -72,6 +83,16 @@ TEST_P(ServedConsole, PrintsWhatItPrintsOnTheDriversPath)
     }
 }
 
+// One byte in 4000 suffers something, which is one transaction in a hundred.
+constexpr Faults kNoise{.drop = 5e-5, .repeat = 5e-5, .flip = 5e-5, .delay = 5e-5, .insert = 5e-5};
+
+TEST_P(ServedConsole, PrintsTheSameOverANoisyLine)
+{
+    const BoardProcess board({"--card", "1"});
+    LineBetween line(board.terminal(), kNoise, 1);
+    EXPECT_EQ(onTerminal(line.ttyOption(), GetParam().commands, "QZ202"), onDriver("1", GetParam().commands, "QZ202"));
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Families, ServedConsole,
     testing::Values(
@@ -99,6 +120,45 @@ INSTANTIATE_TEST_SUITE_P(
         Family{"FanAndFunctions", "fan 20;fan auto;thermal 50000;thermal q;func;func texture on;func"},
         Family{"Clocks", "clk;clk 3d 500;clk;clk pll;clk bypass 1;clk on 1;clk"},
         Family{"Monitor", "monitor f;monitor c;monitor x"}, Family{"Script", "run /not/there"}));
+
+// As many transactions as the memory line gets with the same noise, but on terminals and in real time.
+TEST(ServedConsoleModes, WritesAndReadsBackOverANoisyLine)
+{
+    constexpr std::uint64_t kEveryDay = 0x400;
+    const char* const wanted = std::getenv("SERIAL_TEST_TRANSACTIONS");
+    const std::uint64_t transactions = wanted == nullptr ? kEveryDay : std::strtoull(wanted, nullptr, 10);
+    std::ostringstream commands;
+    commands << std::hex << "awls 20000000 " << transactions / 2 << " 5a5a1234;arls 20000000 " << transactions / 2;
+    const BoardProcess board;
+    LineBetween line(board.terminal(), kNoise, 2);
+    EXPECT_EQ(onTerminal(line.ttyOption(), commands.str()), onDriver("0", commands.str(), "QZ201"));
+    std::printf("%lu transactions, %lu requests, %lu bytes that suffered something\n", transactions, line.requests(),
+                line.faults());
+    EXPECT_GE(line.requests(), transactions);
+    EXPECT_GT(line.faults(), transactions / 400) << "there was no noise to speak of";
+}
+
+// Not a limit but a figure to quote. A read of 4 bytes takes 38 bytes on the line, so 303 of them in a second are the
+// most that a line of 115200 bits per second carries.
+TEST(ServedConsoleModes, ReadsAsOftenAsTheLineCarriesIt)
+{
+    constexpr std::uint64_t kReads = 0x100;
+    constexpr double kLimit = 115'200.0 / 10 / 38;
+    using Clock = std::chrono::steady_clock;
+    const BoardProcess board;
+    LineBetween line(board.terminal(), {}, 1, 115'200);
+    const auto secondsOf = [&](const std::string& commands) {
+        const Clock::time_point start = Clock::now();
+        onTerminal(line.ttyOption(), commands);
+        return std::chrono::duration<double>(Clock::now() - start).count();
+    };
+    const double without = secondsOf("arl 20000000");
+    const std::uint64_t requestsBefore = line.requests();
+    const double seconds = secondsOf("arls 20000000 100") - without;
+    ASSERT_EQ(line.requests() - requestsBefore, kReads + 1) << "a greeting comes first";
+    std::printf("%.0f reads of 4 bytes a second over 115200 bits per second, of %.0f\n", kReads / seconds, kLimit);
+    EXPECT_LT(kReads / seconds, 1.05 * kLimit);
+}
 
 TEST(ServedConsoleModes, TakesAmbaAddressesForRegistersAndVideoMemory)
 {
