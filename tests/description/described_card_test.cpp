@@ -1,9 +1,11 @@
 // The cards that come of a description, as the console shows them.
 
 #include <chrono>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "board_process.h"
 #include "child_process.h"
 #include "gmock/gmock.h"
 #include "program_support.h"
@@ -30,10 +32,8 @@ protected:
         std::vector<std::string> arguments{program_test::programPath()};
         arguments.insert(arguments.end(), options.begin(), options.end());
         arguments.insert(arguments.end(), {"--cmd", commands});
-        return child_process::run({.arguments = arguments,
-                                   .environment = {{"VEK_CARD_DESCRIPTION", "cards.toml"}},
-                                   .folder = folder.path(),
-                                   .timeout = timeout});
+        return child_process::run(
+            {.arguments = arguments, .environment = variables, .folder = folder.path(), .timeout = timeout});
     }
 
     /// What the commands print on card 0.
@@ -47,6 +47,7 @@ protected:
     }
 
     program_test::TemporaryFolder folder;
+    program_test::Variables variables{{"VEK_CARD_DESCRIPTION", "cards.toml"}};
 };
 
 TEST_F(DescribedCardTest, BuiltInDescriptionBehavesAsTheBuiltInCards)
@@ -216,6 +217,134 @@ TEST_F(DescribedCardTest, ABoardServesDescribedCards)
                                                .folder = folder.path()});
     EXPECT_EQ(missing.exitStatus, 1);
     EXPECT_THAT(missing.error, HasSubstr("there is no such card"));
+}
+
+/// Described cards that keep their state.
+class KeptDescribedCardTest : public DescribedCardTest
+{
+protected:
+    KeptDescribedCardTest() { variables["VEK_STATE_FOLDER"] = "state"; }
+
+    /// What is said when the state is not that of the card.
+    std::string refusalOf(const std::string& description)
+    {
+        const Result result = run(description, "rrl 2000");
+        EXPECT_EQ(result.exitStatus, 1);
+        return result.error;
+    }
+};
+
+TEST_F(KeptDescribedCardTest, GoesOnWithItsState)
+{
+    folder.writeFile("image.bin", "ABCDEFGH");
+    const std::string card = kDp0 +
+                             "controller = 2\n[[card.i2c]]\nchip = \"24C02\"\nchannel = 0\naddress = 0x50\n"
+                             "[card.flash]\nimage = \"image.bin\"\n" +
+                             stuck("registers", "0x2000", 0, 1) + stuck("video-memory", "0x2000", 0, 1) +
+                             stuck("flash", "0x1000", 0, 0);
+    outputOf(card, "rwl 2000 20;vwl 2000 30;i2c set 0 50;i2c wb 40 5a;dp 0 aux w 101 2;spi erase 0 1000;clk 3d 400");
+    EXPECT_EQ(outputOf(card, "rrl 2000;vrl 2000;i2c set 0 50;i2c rb 40;dp 0 aux r 101"),
+              "00002000: 00000021\n00002000: 00000031\nSet I2C to channel 0 with device address 0x50 (7-bit)\n"
+              "0040: 5a\n00000101: 02\n");
+    EXPECT_THAT(outputOf(card, "spi read 0 2"), StartsWith("00000000: ff ff"));
+    EXPECT_THAT(outputOf(card, "spi read 1000 2"), StartsWith("00001000: fe ff"));
+    EXPECT_THAT(outputOf(card, "clk"), HasSubstr("\n3d frequency: 400MHz\n"));
+}
+
+TEST_F(KeptDescribedCardTest, StaysTheSameCardWithOtherMonitorsLoadsAndFaults)
+{
+    const std::string monitorChip = "[[card.i2c]]\nchip = \"LTC2990\"\nchannel = 1\naddress = 0x4c\n";
+    const auto rail = [](const std::string& volts) {
+        return "rails = [{ volts = " + volts + ", amperes = 0, milliohms = 5 }]\n";
+    };
+    const auto hdmi0 = [](const std::string& model) {
+        return "[[card.monitor]]\noutput = \"HDMI-0\"\nmodel = \"" + model + "\"\n";
+    };
+    const std::string dp0 = "[[card.monitor]]\noutput = \"DP-0\"\nmodel = \"Vista 27Q\"\n";
+    outputOf(kCard + dp0 + hdmi0("Vista 27U") + monitorChip + rail("1.25"),
+             "rwl 2000 20;hdmi 0 edid r;dp 0 aux w 101 2;ltc2990 1 0 7");
+    EXPECT_THAT(outputOf(kCard + dp0 + hdmi0("Vista 24H") + "controller = 1\n" + monitorChip + rail("1.75"),
+                         "rrl 2000;dp 0 aux r 101;ltc2990 1 0 7;crtc output;hdmi 0 edid r"),
+                AllOf(StartsWith("00002000: 00000020\n00000101: 02\nv1=1.7"), HasSubstr("CRTC-1 -> HDMI-0"),
+                      HasSubstr("Vista 24H")));
+    const std::string broken = kCard + dp0 + "aux = \"silent\"\n" + monitorChip + "answers = false\n" +
+                               "[card.mcu]\nstate = \"no-firmware\"\n[card.sensors]\ndead_temperatures = [0]\n";
+    EXPECT_EQ(outputOf(broken, "rrl 2000;rrl 3ff00;dp 0 aux r 101;ltc2990 1 0 7;temp 0"),
+              "00002000: 00000020\n0003ff00: 00000000\naux read [101] error\nLTC2990: 1:0 get voltage error (-6)\n"
+              "Sensor 0: get temprature failed\nInvalid argument. Use help or ? for command info\n");
+    EXPECT_EQ(outputOf(kCard + dp0 + hdmi0("Vista 27U") + monitorChip + rail("1.25"), "rrl 2000;rrl 3ff00"),
+              "00002000: 00000020\n0003ff00: deadbeef\n");
+}
+
+TEST_F(KeptDescribedCardTest, IsRefusedTheStateOfAnotherCard)
+{
+    const std::string card = kCard + "video_memory_mib = 128\n";
+    outputOf(card, "rwl 2000 20");
+    const std::string anotherCard = "state/card0/state: is the state of a card of another description\n";
+    const std::string chip = "[[card.i2c]]\nchip = \"24C02\"\nchannel = 0\naddress = 0x50\n";
+    folder.writeFile("image.bin", "ABCDEFGH");
+    for (const std::string& other :
+         {kCard, kCard + "video_memory_mib = 256\n",
+          std::string("[[card]]\nchip = \"QZ202\"\nvideo_memory_mib = 128\n"), card + "board.name = \"Other\"\n",
+          card + chip, card + "flash.image = \"image.bin\"\n"}) {
+        EXPECT_EQ(refusalOf(other), anotherCard) << other;
+    }
+    EXPECT_EQ(outputOf(card, "rrl 2000"), "00002000: 00000020\n") << "it has been left alone";
+}
+
+TEST_F(KeptDescribedCardTest, TheBuiltInDescriptionIsThatOfTheBuiltInCards)
+{
+    const std::string description = child_process::run({.arguments = {VEK_DESCRIBE}}).output;
+    for (const std::string card : {"0", "1"}) {
+        const Result builtIn = child_process::run({.arguments = {program_test::programPath(), "--card", card, "--cmd",
+                                                                 "rwl 2000 2" + card + ";dp 0 aux w 101 2"},
+                                                   .environment = {{"VEK_STATE_FOLDER", "state"}},
+                                                   .folder = folder.path()});
+        EXPECT_EQ(builtIn.exitStatus, 0);
+        const Result described = run(description, "rrl 2000;dp 0 aux r 101", {"--card", card});
+        EXPECT_THAT(described.output, ::testing::EndsWith("00002000: 0000002" + card + "\n00000101: 02\n"))
+            << described.error;
+    }
+}
+
+TEST_F(KeptDescribedCardTest, IsSharedWithABoardThatServesIt)
+{
+    const std::string card = kCard + "[[card.i2c]]\nchip = \"24C02\"\nchannel = 2\naddress = 0x57\n";
+    outputOf(card, "rwl 2000 20;i2c set 2 57;i2c wb 40 5a");
+    setenv("VEK_CARD_DESCRIPTION", (folder.path() / "cards.toml").c_str(), 1);
+    setenv("VEK_STATE_FOLDER", (folder.path() / "state").c_str(), 1);
+    const BoardProcess board;
+    unsetenv("VEK_CARD_DESCRIPTION");
+    unsetenv("VEK_STATE_FOLDER");
+    const Result served =
+        child_process::run({.arguments = {program_test::programPath(), "--tty", board.ttyOption(), "--cmd",
+                                          "arl 1002000;awl 1002000 21;i2c set 2 57;i2c rb 40"}});
+    EXPECT_THAT(served.output, HasSubstr("01002000: 00000020\n"));
+    EXPECT_THAT(served.output, HasSubstr("0040: 5a\n"));
+    EXPECT_EQ(outputOf(card, "rrl 2000"), "00002000: 00000021\n");
+}
+
+// What loading and reading costs is for those only who name a description.
+TEST_F(DescribedCardTest, NothingIsLoadedOrReadWithoutADescription)
+{
+    if (child_process::run({.arguments = {"strace", "-o", "/dev/null", "true"}}).exitStatus != 0) {
+        GTEST_SKIP() << "this system does not let strace trace";
+    }
+    folder.writeFile("cards.toml", kCard);
+    const auto filesOf = [&](const program_test::Variables& environment) {
+        const Result result = child_process::run({.arguments = {"strace", "-f", "-e", "trace=%file", "-o", "trace",
+                                                                program_test::programPath(), "--cmd", "rrb 0"},
+                                                  .environment = environment,
+                                                  .folder = folder.path()});
+        EXPECT_EQ(result.exitStatus, 0) << result.error;
+        return folder.readFile("trace");
+    };
+    const auto described = AllOf(HasSubstr("libvek_description.so"), HasSubstr("\"cards.toml\""));
+    EXPECT_THAT(filesOf(variables), described);
+    const std::string trace = filesOf({});
+    EXPECT_THAT(trace, HasSubstr("libutil_vek.so"));
+    EXPECT_THAT(trace, Not(::testing::AnyOf(HasSubstr("libvek_description.so"), HasSubstr("cards.toml"),
+                                            HasSubstr("libstdc++"))));
 }
 
 TEST_F(DescribedCardTest, AnEmptyNameIsNone)
