@@ -1,6 +1,7 @@
 // Fills a template from the command table, the library's header and the documents: man pages and completions say
 // nothing twice that stands there.
 
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -17,6 +18,20 @@ namespace
 {
 
 constexpr char kMark = '@';
+
+/// The manual page that a document of docs/ has become.
+struct DocumentPage {
+    std::string_view document;
+    std::string_view page;
+    std::string_view section;
+};
+
+constexpr std::array<DocumentPage, 6> kDocumentPages{{{"card-description.md", "vek_description", "(5)"},
+                                                      {"environment.md", "tovira_util_tool", "(1)"},
+                                                      {"file-formats.md", "vek_files", "(5)"},
+                                                      {"script-format.md", "vek_script", "(5)"},
+                                                      {"serial-protocol.md", "vek_serial", "(5)"},
+                                                      {"state-folder.md", "vek_state", "(5)"}}};
 
 struct Project {
     std::string folder;
@@ -39,6 +54,25 @@ std::string readFile(const std::string& name)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+void replaceAll(std::string& text, const std::string& old, const std::string& replacement)
+{
+    for (std::size_t found = 0; (found = text.find(old, found)) != std::string::npos; found += replacement.size()) {
+        text.replace(found, old.size(), replacement);
+    }
+}
+
+/// The text with manual pages in the places of the documents that it names: by their links in Markdown, by their paths
+/// in a comment.
+std::string namingPages(std::string text)
+{
+    for (const auto& [document, page, section] : kDocumentPages) {
+        const std::string name(document);
+        replaceAll(text, '[' + name + "](" + name + ')', "`" + std::string(page) + "`" + std::string(section));
+        replaceAll(text, "docs/" + name, std::string(page) + std::string(section));
+    }
+    return text;
+}
+
 /// What stands for a place of the template; of the documents, those that are named.
 std::string filling(const std::string& place, const Project& project)
 {
@@ -59,9 +93,9 @@ std::string filling(const std::string& place, const Project& project)
         return zshCommandDescriptions();
     }
     if (place.starts_with(kMarkdown)) {
-        return manFromMarkdown(readFile(project.folder + '/' + place.substr(kMarkdown.size())));
+        return manFromMarkdown(namingPages(readFile(project.folder + '/' + place.substr(kMarkdown.size()))));
     }
-    const std::string header = readFile(project.folder + "/include/vek.h");
+    const std::string header = namingPages(readFile(project.folder + "/include/vek.h"));
     if (place == "library-conventions") {
         return manOfConventions(header);
     }

@@ -82,10 +82,11 @@ std::vector<Item> itemsOf(std::string_view header)
     return items;
 }
 
-/// The names that a type declares, each with what stands before it and the comment behind it.
+/// What a type declares: a field with its type, or a constant with its value, and the comment behind it.
 struct Member {
     std::string name;
     std::string type;
+    std::string value;
     std::string comment;
 };
 
@@ -104,13 +105,14 @@ std::string nameOfType(const Item& type)
 Member fieldOf(const std::string& code)
 {
     const std::size_t blank = code.rfind(' ');
-    return {code.substr(blank + 1), code.substr(0, blank), ""};
+    return {code.substr(blank + 1), code.substr(0, blank), "", ""};
 }
 
 Member constantOf(const std::string& code)
 {
-    std::string_view rest = code;
-    return {std::string(trimmed(takeThrough(rest, "="))), "", ""};
+    std::string_view value = code;
+    const std::string name(trimmed(takeThrough(value, "=")));
+    return {name, "", std::string(trimmed(value)), ""};
 }
 
 // A comment behind a member stands behind its separator, but that of the last constant has none.
@@ -134,6 +136,11 @@ std::vector<Member> membersOf(const Item& type)
         members.push_back(isRecord(type) ? fieldOf(code) : constantOf(code));
     }
     return members;
+}
+
+std::string declarationOf(const Member& member)
+{
+    return member.type.empty() ? member.name + " = " + member.value : member.type + ' ' + member.name;
 }
 
 /// The lines of a comment, cut by what they are: flowing text, literal lines, or an item of a list.
@@ -258,7 +265,7 @@ std::string manOfTypes(std::string_view header)
         page += ".SS " + std::string(isRecord(item) ? "struct " : "enum ") + nameOfType(item) + '\n';
         page += CommentPage(kDocMargin).convert(item.comment);
         for (const Member& member : membersOf(item)) {
-            page += ".TP\n.B " + roffText((member.type.empty() ? "" : member.type + ' ') + member.name) + '\n';
+            page += ".TP\n.B " + roffText(declarationOf(member)) + '\n';
             page += member.comment.empty() ? "\\&\n" : roffText(member.comment) + '\n';
         }
     }

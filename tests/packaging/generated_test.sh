@@ -9,6 +9,7 @@ export LC_ALL=C
 # The commands that the console lists, with the aliases, and those that its list leaves out.
 commands=$("$BUILD/tovira_util_tool" --cmd help | sed -n 's/^\([^\t]*\)\t- .*/\1/p' | tr / '\n'; printf '%s\n' query spi vlot clk)
 ((($(wc -l <<<"$commands")) >= 100)) || fail "the console lists too few commands"
+# shellcheck disable=SC2154
 bash_names=$(source "$completions/tovira_util_tool.bash" && grep . <<<"$_tovira_util_tool_commands")
 zsh_names=$(sed -n "s/^'\([^:]*\):.*'\$/\1/p" "$completions/_tovira_util_tool")
 page_names=$(sed -n 's/^\.SS //p' "$man/tovira_commands.7" | tr -d ' ' | tr , '\n')
@@ -44,8 +45,20 @@ for program in tovira_util_tool vek_board vek_describe; do
     done
 done
 
-# Every exported function and every constant.
-for name in $(sed -n 's/^exported //p; s/^enum [^:]*: \([A-Z0-9_]*\) .*/\1/p' "$SOURCE/include/libutil_vek.abi"); do
-    grep -q "^\.B .*\b$name\b" "$man/libutil_vek.3" || fail "libutil_vek(3) does not describe $name"
+# Every exported function, and every constant with its value.
+while read -r name value; do
+    if [[ $value ]]; then
+        grep -Eq "^\.B $name = .*" "$man/libutil_vek.3" || fail "libutil_vek(3) does not tell the value of $name"
+    else
+        grep -q "^\.B .*\b$name(.*;\$" "$man/libutil_vek.3" || fail "libutil_vek(3) does not describe $name"
+    fi
+done < <(sed -n 's/^exported //p; s/^enum [^:]*: \([A-Z0-9_]*\) = /\1 /p' "$SOURCE/include/libutil_vek.abi")
+
+# The documents have become pages, which name one another as such.
+expect_equal "pages that name documents" "" "$(grep -l '\.md\b' "$man"/*.[1-9] || true)"
+for page in "$man"/*.[1-9]; do
+    while read -r name section; do
+        [[ -f $man/$name.$section ]] || fail "${page##*/} names $name($section)"
+    done < <(sed -n 's/^\.BR \([a-z_]*vek[a-z_]*\|tovira_[a-z]*\) (\([1-9]\)).*/\1 \2/p' "$page")
 done
 finish
