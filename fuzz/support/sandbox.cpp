@@ -28,6 +28,9 @@ extern "C" {
 int __real_open(const char* name, int flags, ...);
 int __real_openat(int folder, const char* name, int flags, ...);
 int __real_mkdir(const char* name, mode_t mode);
+int __real_fstatat(int folder, const char* name, struct stat* status, int flags);
+int __real_unlinkat(int folder, const char* name, int flags);
+int __real_renameat(int folder, const char* name, int newFolder, const char* newName);
 int __real_clock_gettime(clockid_t clock, timespec* time);
 int __real_clock_nanosleep(clockid_t clock, int flags, const timespec* duration, timespec* left);
 int __real_nanosleep(const timespec* duration, timespec* left);
@@ -131,6 +134,16 @@ int folderFor(const char* name)
     }
     ++filesOpened;
     return scratch;
+}
+
+// The folder that a name in a folder may stand for, without its being opened: -1 with errno set when it may not.
+int folderOf(int folder, const char* name)
+{
+    if (!isPlainName(name)) {
+        errno = EACCES;
+        return -1;
+    }
+    return folder == AT_FDCWD ? scratch : folder;
 }
 
 // Loops that wait for a fixed number of waits end early enough, and those that wait for a long time do, too.
@@ -350,6 +363,34 @@ int __wrap_mkdir(const char* name, mode_t mode)
     }
     const int folder = folderFor(name);
     return folder < 0 ? -1 : mkdirat(folder, name, mode);
+}
+
+int __wrap_fstatat(int folder, const char* name, struct stat* status, int flags)
+{
+    if (!inside) {
+        return __real_fstatat(folder, name, status, flags);
+    }
+    const int permitted = folderOf(folder, name);
+    return permitted < 0 ? -1 : __real_fstatat(permitted, name, status, flags);
+}
+
+int __wrap_unlinkat(int folder, const char* name, int flags)
+{
+    if (!inside) {
+        return __real_unlinkat(folder, name, flags);
+    }
+    const int permitted = folderOf(folder, name);
+    return permitted < 0 ? -1 : __real_unlinkat(permitted, name, flags);
+}
+
+int __wrap_renameat(int folder, const char* name, int newFolder, const char* newName)
+{
+    if (!inside) {
+        return __real_renameat(folder, name, newFolder, newName);
+    }
+    const int permitted = folderOf(folder, name);
+    const int newPermitted = folderOf(newFolder, newName);
+    return permitted < 0 || newPermitted < 0 ? -1 : __real_renameat(permitted, name, newPermitted, newName);
 }
 
 int __wrap_clock_gettime(clockid_t clock, timespec* time)
