@@ -151,8 +151,8 @@ FILE* createFile(const char* name)
         return nullptr;
     }
     opened->descriptor = -1;
-    FILE* const file = fopencookie(opened.get(), "wb",
-                                   {.read = nullptr, .write = writeWhole, .seek = nullptr, .close = closeWritten});
+    FILE* const file =
+        fopencookie(opened.get(), "wb", {.read = nullptr, .write = writeWhole, .seek = nullptr, .close = closeWritten});
     if (file == nullptr) {
         return nullptr;
     }

@@ -1,6 +1,8 @@
 #include "syscall_faults.h"
 
 #include <fcntl.h>
+#include <pty.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
@@ -16,6 +18,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <map>
+#include <optional>
 #include <system_error>
 
 namespace faults_test
@@ -59,6 +62,49 @@ public:
 private:
     int descriptor_;
 };
+
+/** A terminal with somebody who types when the program waits for it. */
+class Terminal
+{
+public:
+    explicit Terminal(const std::vector<std::string>& keys) : keys_(keys)
+    {
+        checked(openpty(&keyboard_, &descriptor_, nullptr, nullptr, nullptr), "openpty");
+        checked(fcntl(keyboard_, F_SETFD, FD_CLOEXEC), "fcntl");
+    }
+    ~Terminal()
+    {
+        close(descriptor_);
+        close(keyboard_);
+    }
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    int descriptor() const { return descriptor_; }
+
+    /** Types the next piece unless there is something to read. */
+    void type()
+    {
+        int waiting = 0;
+        checked(ioctl(descriptor_, FIONREAD, &waiting), "look at the terminal");
+        if (waiting == 0 && typed_ < keys_.size()) {
+            const std::string& piece = keys_[typed_++];
+            checked(write(keyboard_, piece.data(), piece.size()), "type");
+        }
+    }
+
+private:
+    const std::vector<std::string>& keys_;
+    std::size_t typed_ = 0;
+    int keyboard_ = -1;
+    int descriptor_ = -1;
+};
+
+bool waitsForInput(const SystemCall& call)
+{
+    return call.number == SYS_ppoll || call.number == SYS_poll || call.number == SYS_pselect6 ||
+           call.number == SYS_select || (call.number == SYS_read && call.arguments[0] == STDIN_FILENO);
+}
 
 /** A stopped thread is gone all the same once another one has ended the program, which the next wait tells.
     @return whether it is still there */
@@ -125,6 +171,10 @@ private:
 {
     const rlimit noCore = {0, 0};
     setrlimit(RLIMIT_CORE, &noCore);
+    if (!command.keys.empty()) {
+        setsid();
+        ioctl(files[STDIN_FILENO], TIOCSCTTY, 0);
+    }
     for (int descriptor = 0; descriptor < 3; ++descriptor) {
         dup2(files[static_cast<std::size_t>(descriptor)], descriptor);
     }
@@ -145,7 +195,11 @@ private:
 class Tracer
 {
 public:
-    Tracer(pid_t program, const CallFaults& faults) : program_(program), faults_(faults), matching_(faults.size()) {}
+    /** @param terminal where keys are typed; null when none are */
+    Tracer(pid_t program, const CallFaults& faults, Terminal* terminal)
+        : program_(program), faults_(faults), terminal_(terminal), matching_(faults.size())
+    {
+    }
 
     void follow(TracedRun& run)
     {
@@ -221,6 +275,9 @@ private:
         asksForBreak_ = call.number == SYS_brk;
         // The loader's calls are not the program's. The first thing that main() does about signals ends them.
         inMain_ = inMain_ || (call.number == SYS_rt_sigaction && call.arguments[0] == SIGXFSZ);
+        if (inMain_ && terminal_ != nullptr && waitsForInput(call)) {
+            terminal_->type();
+        }
         for (std::size_t i = 0; inMain_ && i < faults_.size(); ++i) {
             const CallFault& fault = faults_[i];
             if (fault.matches(call) && fails(fault, ++matching_[i])) {
@@ -256,6 +313,7 @@ private:
 
     pid_t program_;
     const CallFaults& faults_;
+    Terminal* terminal_;
     std::vector<int> matching_;
     bool inMain_ = false;
     /** The results of the calls that are not made, by thread. */
@@ -281,16 +339,21 @@ bool canTrace()
 
 TracedRun runWithFaults(const TracedCommand& command, const CallFaults& faults)
 {
-    const MemoryFile input(command.input);
+    const MemoryFile file(command.input);
+    std::optional<Terminal> terminal;
+    if (!command.keys.empty()) {
+        terminal.emplace(command.keys);
+    }
+    const int input = terminal ? terminal->descriptor() : file.descriptor();
     const MemoryFile output;
     const MemoryFile error;
     const pid_t program = fork();
     if (program == 0) {
-        becomeTraced(command, {input.descriptor(), output.descriptor(), error.descriptor()});
+        becomeTraced(command, {input, output.descriptor(), error.descriptor()});
     }
     checked(program, "fork");
     TracedRun run;
-    Tracer(program, faults).follow(run);
+    Tracer(program, faults, terminal ? &*terminal : nullptr).follow(run);
     run.output = output.contents();
     run.error = error.contents();
     return run;

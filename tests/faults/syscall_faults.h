@@ -50,7 +50,10 @@ struct TracedRun {
 struct TracedCommand {
     std::vector<std::string> arguments;
     std::string folder{};
+    /** The contents of a file on standard input. */
     std::string input{};
+    /** Typed instead at a terminal on standard input, one piece whenever the program waits for input. */
+    std::vector<std::string> keys{};
 };
 
 /** Whether this machine lets a process trace its children. */

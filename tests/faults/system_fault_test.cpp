@@ -14,6 +14,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "command_lines.h"
@@ -99,8 +100,8 @@ bool writesToStandardStream(const SystemCall& call)
 bool mayBlock(const SystemCall& call)
 {
     return !writesToStandardStream(call) &&
-           isOneOf(call, {SYS_read, SYS_write, SYS_openat, SYS_poll, SYS_ppoll, SYS_nanosleep, SYS_clock_nanosleep,
-                          SYS_flock, SYS_fsync, SYS_close});
+           isOneOf(call, {SYS_read, SYS_write, SYS_openat, SYS_poll, SYS_ppoll, SYS_select, SYS_pselect6, SYS_nanosleep,
+                          SYS_clock_nanosleep, SYS_flock, SYS_fsync, SYS_close});
 }
 
 bool waits(const SystemCall& call)
@@ -117,6 +118,23 @@ bool writesToFile(const SystemCall& call)
 {
     return call.number == SYS_write && !writesToStandardStream(call);
 }
+
+/** Closing of a file that has been written to: where a file system tells of what it could not keep. */
+class ClosesWrittenFile
+{
+public:
+    bool operator()(const SystemCall& call)
+    {
+        const int descriptor = static_cast<int>(call.arguments[0]);
+        if (writesToFile(call)) {
+            written_.insert(descriptor);
+        }
+        return call.number == SYS_close && written_.erase(descriptor) > 0;
+    }
+
+private:
+    std::set<int> written_{};
+};
 
 class SystemFaultTest : public FolderTest
 {
@@ -176,9 +194,9 @@ protected:
     }
 
     /** A run in which nothing fails, to count what might. */
-    static Traces runWhole(const CommandLine& line, bool (*matches)(const SystemCall& call))
+    static Traces runWhole(const CommandLine& line, std::function<bool(const SystemCall& call)> matches)
     {
-        return run(line, {{.matches = matches, .error = 0, .occurrence = -1}});
+        return run(line, {{.matches = std::move(matches), .error = 0, .occurrence = -1}});
     }
 
     static void expectEnd(const Traces& traces)
@@ -284,6 +302,12 @@ TEST_F(SystemFaultTest, TellsOfAFileThatCannotBeCreated)
     std::cout << "Files that cannot be created: " << refused << "\n";
 }
 
+/** The library's own files fail as its functions do, with a result that nobody looks at. */
+bool writesOwnFile(const CommandLine& line)
+{
+    return line.row->handler != doMonitor && line.row->handler != doMultVram && !printsSystemError(line);
+}
+
 TEST_F(SystemFaultTest, TellsOfAFileThatIsNotComplete)
 {
     int full = 0;
@@ -298,15 +322,56 @@ TEST_F(SystemFaultTest, TellsOfAFileThatIsNotComplete)
             const Traces seen = run(line, {{.matches = writesToFile, .error = error, .occurrence = 0}});
             expectEnd(seen);
             EXPECT_EQ(withoutTime(seen.run.output), withoutTime(whole.run.output));
-            // The library's own files fail as its functions do, with a result that nobody looks at.
-            const bool ownFile = line.row->handler != doMonitor && line.row->handler != doMultVram;
-            if (ownFile && !printsSystemError(line)) {
+            if (writesOwnFile(line)) {
                 EXPECT_THAT(seen.run.error, HasSubstr("error: the file is not complete\n"));
             }
         }
     }
     EXPECT_GT(full, 0);
     std::cout << "Files without room: " << full << "\n";
+}
+
+/** The descriptor is closed all the same. */
+TEST_F(SystemFaultTest, TellsOfAFileThatCannotBeClosed)
+{
+    int closed = 0;
+    for (const CommandLine& line : linesOfEachKind()) {
+        SCOPED_TRACE(line.text);
+        const Traces whole = runWhole(line, ClosesWrittenFile());
+        if (whole.run.matching.front() == 0 || !writesOwnFile(line)) {
+            continue;
+        }
+        ++closed;
+        const Traces seen = run(line, {{.matches = ClosesWrittenFile(), .error = EDQUOT, .occurrence = 0}});
+        expectEnd(seen);
+        EXPECT_EQ(seen.run.output, whole.run.output);
+        EXPECT_THAT(seen.run.error, HasSubstr("error: the file is not complete\n"));
+        EXPECT_EQ(seen.files, whole.files);
+    }
+    EXPECT_GT(closed, 0);
+    std::cout << "Files that cannot be closed: " << closed << "\n";
+}
+
+/** The console at a terminal, with keys for the editor, for a number and for the end of the collector. */
+TEST_F(SystemFaultTest, WaitsOnForKeysWhenItIsInterrupted)
+{
+    const TracedCommand command = {
+        .arguments = {TOVIRA_UTIL_TOOL, "--card", "1"},
+        .keys = {"monitor t\r", "5\r", "r", "rb 0\r", "\033", "[A", "\r", "monitor s\r", "x", "d", "quit\r"}};
+    const auto waitsForKeys = [](const SystemCall& call) {
+        return call.number == SYS_ppoll || (call.number == SYS_read && isOf(call, STDIN_FILENO));
+    };
+    const TracedRun whole = runWithFaults(command, {{.matches = waitsForKeys, .error = 0, .occurrence = -1}});
+    EXPECT_EQ(whole.exitStatus, 0);
+    EXPECT_THAT(whole.output, HasSubstr("please input 'd' to done the thread\n"));
+    EXPECT_GT(whole.matching.front(), 20);
+    for (int number = 1; number <= whole.matching.front(); ++number) {
+        const TracedRun seen =
+            runWithFaults(command, {{.matches = waitsForKeys, .error = EINTR, .occurrence = number}});
+        EXPECT_FALSE(seen.timedOut) << number;
+        EXPECT_EQ(seen.exitStatus, 0) << number;
+        EXPECT_EQ(withoutTime(seen.output), withoutTime(whole.output)) << number;
+    }
 }
 
 /** Calls that fail for want of something, or because what is at the other end is broken. */
