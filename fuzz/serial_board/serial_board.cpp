@@ -106,6 +106,11 @@ public:
         const std::uint64_t executed = board_.executions() - executions;
         fuzz::require(executed <= 1 && (!known_ || executed == (isNew ? 1U : 0U)));
         fuzz::require(host_.replies() - replies == (isAnswered(bytes) ? 1U : 0U));
+        if (isRefused(bytes)) {
+            fuzz::require(executed == 0 && host_.lastReply()[kHeaderSize] == vek::serial_protocol::kNoSession);
+        } else if (known_ && isRequest(bytes) && !isNew && !isRepeated) {
+            fuzz::require(host_.lastReply()[kHeaderSize] == vek::serial_protocol::kStale);
+        }
         noteSession();
         if (executed == 1) {
             known_ = true;
@@ -127,8 +132,17 @@ private:
         constexpr std::uint16_t kHalfOfAll = 0x8000;
         const auto ahead =
             static_cast<std::uint16_t>(numberAt(message, 3) - (lastRequest_.empty() ? 0 : numberAt(lastRequest_, 3)));
-        return (message[0] & kReplyBit) == 0 && message[0] != static_cast<std::uint8_t>(Operation::kGreet) &&
-               session_ != 0 && numberAt(message, 1) == session_ && ahead != 0 && ahead < kHalfOfAll;
+        return isRequest(message) && !isRefused(message) && ahead != 0 && ahead < kHalfOfAll;
+    }
+
+    static bool isRequest(const Bytes& message)
+    {
+        return (message[0] & kReplyBit) == 0 && message[0] != static_cast<std::uint8_t>(Operation::kGreet);
+    }
+
+    bool isRefused(const Bytes& message) const
+    {
+        return isRequest(message) && (session_ == 0 || numberAt(message, 1) != session_);
     }
 
     static bool isAnswered(const Bytes& message)
