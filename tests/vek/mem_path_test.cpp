@@ -1,12 +1,18 @@
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <array>
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
+#include "child_process.h"
 #include "scratch_folder.h"
 #include "vek.h"
 
@@ -185,6 +191,61 @@ TEST_F(MemPath, HasNothingBesidesItsWindows)
     EXPECT_LT(vek_qz200_get_freq(VEK_CLOCK_AXI), 0);
     EXPECT_LT(vekQueryInfo("", report.data()), 0);
     EXPECT_EQ(byte, 0xa5);
+}
+
+/** A card that is unplugged, or a file that is cut short, takes the pages away. */
+TEST_F(MemPath, AnswersNothingOnceAPartIsGone)
+{
+    const auto result = child_process::runForked([&] {
+        uint8_t byte = 0;
+        std::array<uint32_t, 4> longs{};
+        if (openBoth() <= 0 || vekRegReadByte(0, &byte) != VEK_OK || vekVramWriteLong(0, 1) != VEK_OK) {
+            _exit(1);
+        }
+        std::filesystem::resize_file(name, kVideoMemory / 0x1000 * 0x1000);
+        const bool registersStay = vekRegReadByte(0, &byte) == VEK_OK;
+        if (!registersStay || vekVramWriteLong(0, 2) != VEK_NO_RESPONSE || vekVramReadByte(0x1000, &byte) >= 0 ||
+            vekMultiVramReadLong(longs.data(), 0, 4, nullptr) >= 0 || vekMultVramWriteLong(5, 0, 4, nullptr) >= 0) {
+            _exit(2);
+        }
+        std::filesystem::resize_file(name, 0);
+        const bool gone =
+            vekRegReadByte(kRegistersSize - 1, &byte) < 0 && vekRegReadByte(0, &byte) < 0 && vekRegWriteQuad(0, 1) < 0;
+        std::filesystem::resize_file(name, kFileSize);
+        const bool back = vekClose() == VEK_OK && openBoth() > 0 && vekRegWriteByte(0, 9) == VEK_OK &&
+                          vekVramReadByte(0, &byte) == VEK_OK;
+        _exit(gone && back ? 0 : 3);
+    });
+    EXPECT_EQ(result.signal, 0);
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(result.error,
+              "mapped video memory: cannot be reached any more\nmapped registers: cannot be reached any more\n");
+    EXPECT_EQ(inFile<uint8_t>(kRegisters), 9);
+}
+
+/** What is mapped by --mem and what a card keeps is watched side by side, and each only as long as it is mapped. */
+TEST_F(MemPath, LeavesTheFaultsOfOthersToThemOnceItIsClosed)
+{
+    const std::string state = folder.path("state");
+    const auto result = child_process::runForked([&] {
+        std::signal(SIGBUS, [](int) { _exit(42); });
+        setenv("VEK_STATE_FOLDER", state.c_str(), 1);
+        if (openBoth() <= 0 || vekRwOpen(0) != VEK_OK) {
+            _exit(1);
+        }
+        // The next mapping of the size of the registers' gets their pages.
+        constexpr uint64_t kMapped = 0x40'2000;
+        const int file = open(name.c_str(), O_RDWR | O_CLOEXEC);
+        auto* const bytes =
+            static_cast<volatile char*>(mmap(nullptr, kMapped, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0));
+        std::filesystem::resize_file(name, 0);
+        for (uint64_t at = 0; at < kMapped; at += 0x1000) {
+            bytes[at] = 1;
+        }
+        _exit(2);
+    });
+    EXPECT_EQ(result.exitStatus, 42);
+    EXPECT_EQ(result.error, "");
 }
 
 TEST_F(MemPath, OpeningTheDriverEndsTheMapping)

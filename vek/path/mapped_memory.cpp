@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 #include "vek.h"
@@ -29,6 +30,20 @@ template <typename Item>
 void storeOnce(unsigned char* to, Item item)
 {
     *reinterpret_cast<typename Unaligned<Item>::Type*>(to) = item;
+}
+
+std::uint64_t load(const unsigned char* from, unsigned width)
+{
+    switch (width) {
+        case sizeof(std::uint8_t):
+            return loadOnce<std::uint8_t>(from);
+        case sizeof(std::uint16_t):
+            return loadOnce<std::uint16_t>(from);
+        case sizeof(std::uint32_t):
+            return loadOnce<std::uint32_t>(from);
+        default:
+            return loadOnce<std::uint64_t>(from);
+    }
 }
 
 /// A regular file may be too short, and touching what lies behind its end would end the program.
@@ -64,18 +79,25 @@ int MappedMemory::map(int descriptor, std::uint64_t start, std::uint64_t size)
     return VEK_OK;
 }
 
-void MappedMemory::takeFrom(MappedMemory& other)
+void MappedMemory::takeFrom(MappedMemory& other, const char* name)
 {
     unmap();
+    loss_.folder = name;
+    loss_.lost = false;
     pages_ = std::exchange(other.pages_, nullptr);
     pagesLength_ = std::exchange(other.pagesLength_, 0);
     base_ = std::exchange(other.base_, nullptr);
     size_ = std::exchange(other.size_, 0);
+    if (pages_ != nullptr) {
+        // Without a place among what is watched, its loss ends the program.
+        static_cast<void>(guardMapping(static_cast<unsigned char*>(pages_), pagesLength_, nullptr, loss_));
+    }
 }
 
 void MappedMemory::unmap()
 {
     if (pages_ != nullptr) {
+        forgetMappings(loss_);
         munmap(pages_, pagesLength_);
     }
     pages_ = nullptr;
@@ -83,22 +105,26 @@ void MappedMemory::unmap()
     size_ = 0;
 }
 
+/// Only an access tells: to be asked behind it.
+bool MappedMemory::isLost() const
+{
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+    return loss_.lost;
+}
+
+/// What an access answers that has been complete, or has not.
+int MappedMemory::resultOf(bool complete) const
+{
+    return complete && !isLost() ? VEK_OK : VEK_NO_RESPONSE;
+}
+
 ReadResult MappedMemory::read(std::uint64_t address, unsigned width)
 {
     if (!inside(address, width)) {
         return kUnanswered;
     }
-    const unsigned char* const from = base_ + address;
-    switch (width) {
-        case sizeof(std::uint8_t):
-            return {VEK_OK, loadOnce<std::uint8_t>(from)};
-        case sizeof(std::uint16_t):
-            return {VEK_OK, loadOnce<std::uint16_t>(from)};
-        case sizeof(std::uint32_t):
-            return {VEK_OK, loadOnce<std::uint32_t>(from)};
-        default:
-            return {VEK_OK, loadOnce<std::uint64_t>(from)};
-    }
+    const std::uint64_t value = load(base_ + address, width);
+    return isLost() ? kUnanswered : ReadResult{VEK_OK, value};
 }
 
 int MappedMemory::write(std::uint64_t address, unsigned width, std::uint64_t value)
@@ -121,7 +147,7 @@ int MappedMemory::write(std::uint64_t address, unsigned width, std::uint64_t val
             storeOnce(to, value);
             break;
     }
-    return VEK_OK;
+    return resultOf(true);
 }
 
 /// How many of `count` longs from `address` upwards lie wholly inside.
@@ -140,8 +166,9 @@ int MappedMemory::readLongs(std::uint64_t address, std::uint32_t* longs, std::si
     for (std::size_t i = 0; i < served; ++i, from += sizeof *longs) {
         longs[i] = loadOnce<std::uint32_t>(from);
     }
-    std::fill(longs + served, longs + count, static_cast<std::uint32_t>(kAllOnes));
-    return served == count ? VEK_OK : VEK_NO_RESPONSE;
+    const std::size_t answered = isLost() ? 0 : served;
+    std::fill(longs + answered, longs + count, static_cast<std::uint32_t>(kAllOnes));
+    return resultOf(answered == count);
 }
 
 int MappedMemory::writeLongs(std::uint64_t address, const std::uint32_t* longs, std::size_t count)
@@ -151,7 +178,7 @@ int MappedMemory::writeLongs(std::uint64_t address, const std::uint32_t* longs, 
     for (std::size_t i = 0; i < served; ++i, to += sizeof *longs) {
         storeOnce(to, longs[i]);
     }
-    return served == count ? VEK_OK : VEK_NO_RESPONSE;
+    return resultOf(served == count);
 }
 
 int MappedMemory::fillLongs(std::uint64_t address, std::uint32_t value, std::size_t count)
@@ -161,7 +188,7 @@ int MappedMemory::fillLongs(std::uint64_t address, std::uint32_t value, std::siz
     for (std::size_t i = 0; i < served; ++i, to += sizeof value) {
         storeOnce(to, value);
     }
-    return served == count ? VEK_OK : VEK_NO_RESPONSE;
+    return resultOf(served == count);
 }
 
 }  // namespace vek

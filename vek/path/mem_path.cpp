@@ -44,8 +44,8 @@ int mapRanges(int device, const PhysicalRange& registers, const PhysicalRange& v
         newRegisters.unmap();
         return result;
     }
-    mappedRegisters.takeFrom(newRegisters);
-    mappedVideoMemory.takeFrom(newVideoMemory);
+    mappedRegisters.takeFrom(newRegisters, "mapped registers");
+    mappedVideoMemory.takeFrom(newVideoMemory, "mapped video memory");
     return VEK_OK;
 }
 

@@ -18,13 +18,13 @@ namespace
 constexpr std::size_t kMostMappings = 256;
 
 struct GuardedMapping {
-    unsigned char* base;  ///< Begins a page.
-    std::size_t length;
+    unsigned char* base;              ///< Begins a page.
+    std::atomic<std::size_t> length;  ///< 0 when it is watched no more.
     const char* name;
     FileLoss* loss;
 };
 
-// What the handler reads: entries below the count never change.
+// What the handler reads: of the entries below the count nothing changes but the length.
 constinit std::array<GuardedMapping, kMostMappings> mappings{};
 constinit std::atomic<std::size_t> mappingCount = 0;
 constinit struct sigaction previousAction = {};
@@ -81,7 +81,11 @@ void noteLoss(const GuardedMapping& mapping)
         }
     }
     Line line;
-    line << loss.folder << "/" << mapping.name << ": a part cannot be reached any more; the card is no longer kept\n";
+    line << loss.folder;
+    if (mapping.name != nullptr) {
+        line << "/" << mapping.name;
+    }
+    line << ": " << loss.consequence << "\n";
     line.print();
 }
 
@@ -144,7 +148,11 @@ bool guardMapping(unsigned char* base, std::size_t length, const char* name, Fil
     if (count == mappings.size() || (pageSize == 0 && !installHandler())) {
         return false;
     }
-    mappings[count] = {base, length, name, &loss};
+    GuardedMapping& mapping = mappings[count];
+    mapping.base = base;
+    mapping.length.store(length, std::memory_order_relaxed);
+    mapping.name = name;
+    mapping.loss = &loss;
     mappingCount.store(count + 1, std::memory_order_release);
     return true;
 }
@@ -152,7 +160,12 @@ bool guardMapping(unsigned char* base, std::size_t length, const char* name, Fil
 void forgetMappings(const FileLoss& loss)
 {
     std::size_t count = mappingCount.load(std::memory_order_relaxed);
-    while (count > 0 && mappings[count - 1].loss == &loss) {
+    for (std::size_t index = 0; index < count; ++index) {
+        if (mappings[index].loss == &loss) {
+            mappings[index].length = 0;
+        }
+    }
+    while (count > 0 && mappings[count - 1].length == 0) {
         --count;
     }
     mappingCount.store(count, std::memory_order_release);
