@@ -1,5 +1,6 @@
 // The finished program, on the simulated card, with files and streams that are not what they should be.
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -93,6 +94,13 @@ void createFifo(const char* path)
     ASSERT_EQ(mkfifo(path, 0600), 0);
 }
 
+/** One with a reader and a writer, which stay as long as this program: nobody has to wait to open it. */
+void createFifoInUse(const char* path)
+{
+    createFifo(path);
+    ASSERT_GE(open(path, O_RDWR | O_CLOEXEC), 0);
+}
+
 void createFolder(const char* path)
 {
     fs::create_directory(path);
@@ -118,11 +126,9 @@ void createDanglingLink(const char* path)
     fs::create_symlink("nowhere/at/all", path);
 }
 
-constexpr Oddity kOddities[] = {{"Fifo", createFifo},
-                                {"Folder", createFolder},
-                                {"Socket", createSocket},
-                                {"Loop", createLoop},
-                                {"DanglingLink", createDanglingLink}};
+constexpr Oddity kOddities[] = {{"Fifo", createFifo},     {"FifoInUse", createFifoInUse},
+                                {"Folder", createFolder}, {"Socket", createSocket},
+                                {"Loop", createLoop},     {"DanglingLink", createDanglingLink}};
 
 class OddFileTest : public FolderTest, public testing::WithParamInterface<Oddity>
 {
