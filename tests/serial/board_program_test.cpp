@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -107,7 +106,7 @@ public:
         }
     }
 
-    /** The reply to a message. The greeting is sent until the board is there. */
+    /** The reply to a message. */
     std::vector<Bytes> ask(const Bytes& message) const
     {
         const Bytes frame = framed(message);
@@ -136,22 +135,14 @@ private:
 TEST(BoardProgram, ServesOnALineOfTheHostUntilItHangsUp)
 {
     Line line;
-    const pid_t board = fork();
-    if (board == 0) {
-        execl(VEK_BOARD, VEK_BOARD, "--card", "1", "--tty", line.name().c_str(), "--baud", "115200", "--once", nullptr);
-        _exit(127);
-    }
-    while (!line.isRaw()) {
-        ASSERT_EQ(waitpid(board, nullptr, WNOHANG), 0);
-        usleep(1000);
-    }
+    BoardProcess board({"--card", "1", "--tty", line.name(), "--baud", "115200", "--once"});
+    EXPECT_EQ(board.terminal(), line.name());
+    EXPECT_TRUE(line.isRaw());
     const std::vector<Bytes> replies = line.ask({0x01, 1, 0, 0, 0, 1});
     ASSERT_EQ(replies.size(), 1U);
     EXPECT_EQ(replies[0].at(9), 0x02) << "the chip's number, 0x202";
     line.hangUp();
-    int status = -1;
-    waitpid(board, &status, 0);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(board.wait(), 0);
 }
 
 }  // namespace

@@ -126,14 +126,20 @@ private:
     int hosts_ = -1;
 };
 
+/// Tells which terminal is served, from now on.
+void announce(const char* terminal)
+{
+    std::puts(terminal);
+    std::fflush(stdout);
+}
+
 int serveOnPty(const BoardOptions& options, const AccessPath& card, int signals)
 {
     PtyPort port;
     if (!port.make(!options.once)) {
         return report("pseudo-terminal");
     }
-    std::puts(port.name());
-    std::fflush(stdout);
+    announce(port.name());
     PortSink sink(port);
     BoardEnd board(card, sink);
     serve(port, board, signals);
@@ -146,6 +152,7 @@ int serveOnTty(const BoardOptions& options, const AccessPath& card, int signals)
     if (port.open(options.tty, options.baudRate) != VEK_OK) {
         return report(options.tty);
     }
+    announce(options.tty);
     PortSink sink(port);
     BoardEnd board(card, sink);
     while (serve(port, board, signals) == Ending::kHangUp && !options.once) {
