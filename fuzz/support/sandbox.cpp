@@ -231,12 +231,19 @@ ssize_t readTyped(void* /*cookie*/, char* bytes, std::size_t size)
     return static_cast<ssize_t>(count);
 }
 
-// The one that is opened next: it shows what has not been closed.
-int lowestFreeDescriptor()
+// A bit for each of the descriptors that are open: what is not closed need not be the one that is opened next.
+std::uint64_t openDescriptors()
 {
-    const int descriptor = fcntl(scratch, F_DUPFD_CLOEXEC, 0);
-    close(descriptor);
-    return descriptor;
+    std::array<pollfd, 64> descriptors;
+    for (std::size_t i = 0; i < descriptors.size(); ++i) {
+        descriptors[i] = {.fd = static_cast<int>(i), .events = 0, .revents = 0};
+    }
+    fuzz::require(__real_poll(descriptors.data(), descriptors.size(), 0) >= 0);
+    std::uint64_t open = 0;
+    for (std::size_t i = 0; i < descriptors.size(); ++i) {
+        open |= (descriptors[i].revents & POLLNVAL) == 0 ? std::uint64_t{1} << i : 0;
+    }
+    return open;
 }
 
 std::FILE* openSink()
@@ -273,7 +280,7 @@ Sandbox::Sandbox(std::string_view typed, bool terminal) : before_{stdin, stdout,
     input_ = openTyped();
     output_ = openSink();
     require(input_ != nullptr && output_ != nullptr);
-    firstFree_ = lowestFreeDescriptor();
+    descriptors_ = openDescriptors();
     stdin = input_;
     stdout = output_;
     stderr = output_;
@@ -283,7 +290,7 @@ Sandbox::Sandbox(std::string_view typed, bool terminal) : before_{stdin, stdout,
 Sandbox::~Sandbox()
 {
     inside = false;
-    require(lowestFreeDescriptor() == firstFree_);
+    require(openDescriptors() == descriptors_);
     require(terminalIsAsBefore() && areAtStart(lineSettings));
     stdin = before_[0];
     stdout = before_[1];

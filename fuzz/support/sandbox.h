@@ -43,7 +43,7 @@ private:
     std::FILE* input_;
     std::FILE* output_;
     std::FILE* before_[3];
-    int firstFree_;
+    std::uint64_t descriptors_;
 };
 
 }  // namespace fuzz
