@@ -272,15 +272,24 @@ bool keyIsWaiting()
     return select(STDIN_FILENO + 1, &descriptors, nullptr, nullptr, &moment) > 0;
 }
 
-bool readWasInterrupted()
+bool readIsToBeRepeated()
 {
-    return ferror(stdin) != 0 && errno == EINTR;
+    if (ferror(stdin) == 0) {
+        return false;
+    }
+    if (errno == EAGAIN) {
+        // Whoever used the terminal before has left it so that a read does not wait.
+        pollfd input = {.fd = STDIN_FILENO, .events = POLLIN, .revents = 0};
+        poll(&input, 1, -1);
+        return true;
+    }
+    return errno == EINTR;
 }
 
 int readKey()
 {
     int key = getc(stdin);
-    while (key == EOF && readWasInterrupted()) {
+    while (key == EOF && readIsToBeRepeated()) {
         clearerr(stdin);
         key = getc(stdin);
     }

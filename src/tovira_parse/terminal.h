@@ -29,11 +29,13 @@ void flushTerminalOutput();
 /// Whether a byte of standard input, or its end, can be read without waiting for more than a moment.
 bool keyIsWaiting();
 
-/// Reads one byte of standard input, or EOF when it has ended or fails. A read that a signal interrupts is made again.
+/// Reads one byte of standard input, or EOF when it has ended or fails. A read that a signal interrupts, or that does
+/// not wait, is made again.
 int readKey();
 
-/// Whether standard input has just failed because a signal interrupted the read.
-bool readWasInterrupted();
+/// Whether standard input has just failed only because a signal interrupted the read, or because nothing had come yet
+/// where a read does not wait; returns when there is something then.
+bool readIsToBeRepeated();
 
 /// Shows what was printed so far, then reads one byte from standard input with the terminal in raw mode for just that
 /// time. Returns the byte, or -1 when a terminal call fails or standard input has ended, or kKeyAfterStop, with the

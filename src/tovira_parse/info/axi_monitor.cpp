@@ -179,7 +179,7 @@ std::uint32_t readCycle()
         clearerr(stdin);
         // The C library cuts a number that is too long to its low 32 bits: NOLINTNEXTLINE(cert-err34-c)
         taken = scanf("%x", &cycle);
-    } while (taken == EOF && readWasInterrupted());
+    } while (taken == EOF && readIsToBeRepeated());
     if (taken != 1) {
         cycle = 0;
     }
