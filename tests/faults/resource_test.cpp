@@ -259,6 +259,20 @@ TEST_F(ResourceTest, RunsEveryCommandWithoutStandardStreams)
     EXPECT_THAT(readFile("script"), StartsWith("rrb")) << "no file takes the place of a stream";
 }
 
+/** The first file that is opened would get the number of a closed stream, and what is printed. */
+TEST_F(ResourceTest, PrintsIntoNoFileInThePlaceOfAStream)
+{
+    const std::string line = "rrbs 0 8000 saved";
+    expectEnd(runLine(line));
+    const std::string whole = readFile("SAVED");
+    EXPECT_EQ(whole.size(), 0x8000U);
+    for (const char* closed : {"<&-", ">&-", "2>&-", "<&- >&-", ">&- 2>&-", "<&- >&- 2>&-"}) {
+        SCOPED_TRACE(closed);
+        expectEnd(runScript("exec \"$0\" --cmd \"$1\" " + std::string(closed), line));
+        EXPECT_TRUE(readFile("SAVED") == whole);
+    }
+}
+
 TEST_F(ResourceTest, EndsTheDisplayThatNobodyCanSee)
 {
     for (const char* script :
