@@ -94,8 +94,8 @@ void printBoardUsage(std::FILE* out, const char* program)
 {
     std::fprintf(out,
                  "Usage: %s [--card N] [--pty | --tty DEVICE [--baud RATE]] [--once]\n"
-                 "Serves a simulated card over a serial line, as the firmware of a board does, and prints the name of its\n"
-                 "terminal.\n"
+                 "Serves a simulated card over a serial line, as the firmware of a board does.\n"
+                 "Prints the name of its terminal.\n"
                  "  --card N      card 0 (QZ201, the default) or 1 (QZ202), or those that VEK_CARD_DESCRIPTION names\n"
                  "  --pty         make a pseudo-terminal and print its name (the default)\n"
                  "  --tty DEVICE  serve on a serial line of this host\n"
