@@ -18,12 +18,15 @@ namespace
 {
 
 // A file or a device that is opened later must not take the place of a standard stream that is closed. What stands
-// there instead is at its end for a reader and fails a writer, as a closed stream does.
+// there instead, a pipe without a writer, is at its end for a reader and fails a writer, as a closed stream does; and
+// it needs no /dev.
 void occupyStandardStreams()
 {
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
-        if (fcntl(descriptor, F_GETFD) < 0) {
-            open("/dev/null", O_RDONLY);
+        int ends[2];
+        // The reading end gets the lowest number that is free.
+        if (fcntl(descriptor, F_GETFD) < 0 && pipe(ends) == 0) {
+            close(ends[1]);
         }
     }
 }

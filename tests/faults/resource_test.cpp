@@ -273,6 +273,23 @@ TEST_F(ResourceTest, PrintsIntoNoFileInThePlaceOfAStream)
     }
 }
 
+TEST_F(ResourceTest, PrintsIntoNoFileWhereThereAreNoDevices)
+{
+    const std::string line = "rrbs 0 8000 saved";
+    expectEnd(runLine(line));
+    const std::string whole = readFile("SAVED");
+    fs::remove("SAVED");
+    const Result result = runScript(
+        "exec unshare -m sh -c 'mount -t tmpfs none /dev || exit 77; exec \"$0\" --cmd \"$1\" <&- >&- 2>&-' \"$0\" "
+        "\"$1\"",
+        line);
+    if (result.exitStatus != 0 && !fs::exists("SAVED")) {
+        GTEST_SKIP() << "no file system can be mounted here: " << result.exitStatus << result.error;
+    }
+    expectEnd(result);
+    EXPECT_TRUE(readFile("SAVED") == whole);
+}
+
 TEST_F(ResourceTest, EndsTheDisplayThatNobodyCanSee)
 {
     for (const char* script :
