@@ -167,8 +167,13 @@ TEST_P(PowerMonitors, Ltc2990SaysWhenItHasNothingNew)
     // The chip has to be set up for currents first.
     EXPECT_EQ(vekLTC2990GetCurrent2(kLtcChannel, 0, 3, 3, &amperes[0], &amperes[1], 1, 0), VEK_BAD_DATA);
     EXPECT_THAT(amperes, Each(-1));
-    currents2(3, 3, 0);
-    EXPECT_EQ(vekLTC2990GetCurrent2(kLtcChannel, 0, 3, 3, &amperes[0], &amperes[1], 0, 0), VEK_BAD_DATA);
+    // The next conversion takes its time, but so may a busy machine between two calls.
+    int result = VEK_OK;
+    for (int round = 0; round < 100 && result == VEK_OK; ++round) {
+        currents2(3, 3, 0);
+        result = vekLTC2990GetCurrent2(kLtcChannel, 0, 3, 3, &amperes[0], &amperes[1], 0, 0);
+    }
+    EXPECT_EQ(result, VEK_BAD_DATA);
     volts4(0);
 }
 
