@@ -30,6 +30,10 @@ constexpr std::uint8_t kPieces = 4;
 // In the byte that heads a message.
 constexpr std::uint8_t kSentTwice = 0x80;
 
+// In the byte that heads raw bytes: there are more of them then than a frame may have.
+constexpr std::uint8_t kSentManyTimes = 0x80;
+constexpr int kManyTimes = 8;
+
 using Bytes = std::vector<std::uint8_t>;
 
 // The end of the line at which replies arrive.
@@ -185,7 +189,10 @@ public:
         const std::uint8_t head = input_.take8();
         const auto piece = static_cast<Piece>(head % kPieces);
         if (piece == Piece::kRaw) {
-            follower_.takeRaw(takeBytes(input_.take8()));
+            const auto bytes = takeBytes(input_.take8());
+            for (int left = (head & kSentManyTimes) != 0 ? kManyTimes : 1; left > 0; --left) {
+                follower_.takeRaw(bytes);
+            }
             return;
         }
         const std::uint8_t operation = input_.take8();
