@@ -21,15 +21,18 @@ expect_equal "commands in tovira_commands(7)" "$expected" "$(sort -u <<<"$page_n
 # Every command's brief and usage text, as the console prints it, stands in the page.
 rendered=$(sed -e 's/\\-/-/g; s/\\(aq/'"'"'/g; s/\\(rs/\\/g; s/\\(ti/~/g; s/^\\&//; s/\\\[uFF1A\]/：/g' "$man/tovira_commands.7")
 {
-    while read -r name; do
+    # As many at a time as a line holds.
+    while mapfile -t -n 10 names && ((${#names[@]} > 0)); do
+        printf -v line 'help %s;' "${names[@]}"
         # The aliased rows print their help indented.
-        "$BUILD/tovira_util_tool" --cmd "help $name" | sed -e 1d -e "s/^[^\t ]*\t \{0,1\}//"
+        "$BUILD/tovira_util_tool" --cmd "${line%;}" | sed -e 1d -e "s/^[^\t ]*\t \{0,1\}//"
     done <<<"$commands"
 } >"$scratch/help"
 while IFS= read -r line; do
     line=${line#"${line%%[![:blank:]]*}"}
     [[ -z ${line// /} || $rendered == *"$line"* ]] || fail "tovira_commands(7) does not say: $line"
 done <"$scratch/help"
+(($(wc -l <"$scratch/help") > 300)) || fail "the console explains too little"
 
 # options PROGRAM: the long options of its usage text.
 options()
