@@ -22,12 +22,11 @@ install(SCRIPT ${PROJECT_BINARY_DIR}/note_folders.cmake)
 
 # The programs find the library beside them in the build tree, and where it is installed after that. It is one path for
 # both: what CMake would pad a shorter one with is an empty element, which means the current folder.
-file(RELATIVE_PATH libraries_from_programs /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+file(RELATIVE_PATH libraries_from_programs ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 set(TOVIRA_PROGRAM_RPATH "$ORIGIN:$ORIGIN/${libraries_from_programs}")
 
 # The prefix as seen from the pkg-config file, so that an installation may be moved; absolute folders stay.
-set(pkgconfig_folder /${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-file(RELATIVE_PATH prefix_from_pkgconfig ${pkgconfig_folder} /)
+file(RELATIVE_PATH prefix_from_pkgconfig ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" prefix_from_pkgconfig "${prefix_from_pkgconfig}")
 cmake_path(APPEND pkgconfig_libdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
 cmake_path(APPEND pkgconfig_includedir "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR})
