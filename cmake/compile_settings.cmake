@@ -28,6 +28,10 @@ endif()
 add_library(tovira_product_settings INTERFACE)
 target_link_libraries(tovira_product_settings INTERFACE tovira_settings)
 target_compile_options(tovira_product_settings INTERFACE -fno-exceptions -fno-rtti -fno-threadsafe-statics)
+if(TOVIRA_SANITIZE)
+    # The sanitizers do not see when an index leaves its array for what stands behind it in the same object.
+    target_compile_definitions(tovira_product_settings INTERFACE _GLIBCXX_ASSERTIONS)
+endif()
 if(NOT TOVIRA_SANITIZE AND NOT TOVIRA_COVERAGE)
     # The program runs as root on whatever it is given. FORTIFY needs an optimizing compiler; its third level makes calls
     # of the small copies of constant size that the dumps are made of, which then take twice the time.
