@@ -66,9 +66,10 @@ void replaceAll(std::string& text, const std::string& old, const std::string& re
 std::string namingPages(std::string text)
 {
     for (const auto& [document, page, section] : kDocumentPages) {
-        const std::string name(document);
-        replaceAll(text, '[' + name + "](" + name + ')', "`" + std::string(page) + "`" + std::string(section));
-        replaceAll(text, "docs/" + name, std::string(page) + std::string(section));
+        std::string link("[");
+        link.append(document).append("](").append(document).append(")");
+        replaceAll(text, link, std::string("`").append(page).append("`").append(section));
+        replaceAll(text, std::string("docs/").append(document), std::string(page).append(section));
     }
     return text;
 }

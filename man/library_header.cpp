@@ -233,6 +233,35 @@ private:
 constexpr std::size_t kDocMargin = 4;
 constexpr std::size_t kNoteMargin = 3;
 
+std::string printerOfField(const std::string& type, const Member& field)
+{
+    std::string code("    printField(\"");
+    code.append(field.type).append(" ").append(field.name).append("\", offsetof(").append(type).append(", ");
+    code.append(field.name).append("), sizeof(").append(type).append("::").append(field.name).append("));\n");
+    return code;
+}
+
+std::string printerOfConstant(const std::string& type, const Member& constant)
+{
+    std::string code("    printConstant(\"");
+    code.append(type).append("\", \"").append(constant.name).append("\", ").append(constant.name).append(");\n");
+    return code;
+}
+
+std::string printersOfType(const Item& item)
+{
+    const std::string type = nameOfType(item);
+    std::string code;
+    if (isRecord(item)) {
+        code.append("    printRecord(\"").append(type).append("\", sizeof(").append(type);
+        code.append("), alignof(").append(type).append("));\n");
+    }
+    for (const Member& member : membersOf(item)) {
+        code += isRecord(item) ? printerOfField(type, member) : printerOfConstant(type, member);
+    }
+    return code;
+}
+
 }  // namespace
 
 std::string manOfConventions(std::string_view header)
@@ -295,19 +324,9 @@ std::string printersOfInterface(std::string_view header)
     std::string code;
     for (const Item& item : itemsOf(header)) {
         if (item.kind == Kind::kFunction) {
-            code += "    std::puts(\"" + item.text + "\");\n";
+            code.append("    std::puts(\"").append(item.text).append("\");\n");
         } else if (item.kind == Kind::kType) {
-            const std::string type = nameOfType(item);
-            if (isRecord(item)) {
-                code += "    printRecord(\"" + type + "\", sizeof(" + type + "), alignof(" + type + "));\n";
-            }
-            for (const Member& member : membersOf(item)) {
-                const std::string field = type + ", " + member.name;
-                code += isRecord(item)
-                            ? "    printField(\"" + member.type + ' ' + member.name + "\", offsetof(" + field +
-                                  "), sizeof(" + type + "::" + member.name + "));\n"
-                            : "    printConstant(\"" + type + "\", \"" + member.name + "\", " + member.name + ");\n";
-            }
+            code += printersOfType(item);
         }
     }
     return code;
