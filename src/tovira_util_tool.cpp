@@ -11,6 +11,7 @@
 #include "tovira_parse/hex_digits.h"
 #include "tovira_parse/line_editor.h"
 #include "tovira_parse/options.h"
+#include "tovira_parse/terminal.h"
 #include "util_cmd.h"
 #include "vek.h"
 
@@ -90,6 +91,7 @@ int main(int argc, char** argv)
     prepareOutput();
     // A file that meets the limit of its size fails like one on a full disk.
     signal(SIGXFSZ, SIG_IGN);
+    guardBusErrors();
     StartOptions options = {.commandText = "", .openResult = 0, .interactive = 1};
     options_parse_args(&options, argc, argv);
     if (options.openResult != 0) {

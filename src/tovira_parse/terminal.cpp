@@ -216,6 +216,11 @@ void guardTerminalSignals()
     install(SIGCONT, goOnAfterStop);
 }
 
+void guardBusErrors()
+{
+    install(SIGBUS, deliverWithTerminalRestored);
+}
+
 sigset_t holdBackSignals()
 {
     const sigset_t signals = signalsOfTheConsole();

@@ -23,6 +23,10 @@ bool isForegroundOf(int descriptor);
 /// gives a raw terminal back first. For the console's own thread.
 void guardTerminalSignals();
 
+/// The same for bus errors alone, to be called before a card is opened: a library that maps files handles those, and
+/// leaves to whoever came before it what is not of its mappings.
+void guardBusErrors();
+
 /// Makes what was printed so far visible when standard output is a terminal; a pipe or a file stays fully buffered.
 void flushTerminalOutput();
 

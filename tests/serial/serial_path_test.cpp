@@ -3,17 +3,21 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "board_process.h"
 #include "captured_output.h"
+#include "child_process.h"
 #include "vek.h"
 
 namespace serial_test
@@ -111,6 +115,53 @@ TEST_F(SerialPath, IsLockedWhileItIsOpen)
     close(other);
 }
 
+/** Whether a user without privileges, who has the rights to a terminal, can open it. */
+bool opensForAnybody(const std::string& terminal)
+{
+    constexpr uid_t kNobody = 65534;
+    constexpr mode_t kForAll = 0666;
+    EXPECT_EQ(chmod(terminal.c_str(), kForAll), 0);
+    const child_process::Result result = child_process::runForked([&] {
+        const bool dropped = setresuid(kNobody, kNobody, kNobody) == 0;
+        _exit(dropped && ::open(terminal.c_str(), O_RDWR | O_NOCTTY) >= 0 ? 0 : 1);
+    });
+    return result.exitStatus == 0;
+}
+
+TEST(SerialLine, KeepsOthersOutWhileItIsOpen)
+{
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only the superuser can become another user";
+    }
+    const int line = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_TRUE(grantpt(line) == 0 && unlockpt(line) == 0);
+    const std::string terminal = ptsname(line);
+    ASSERT_TRUE(opensForAnybody(terminal));
+    const int other = ::open(terminal.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    BoardProcess board({"--tty", terminal});
+    ASSERT_EQ(board.terminal(), terminal);
+    EXPECT_FALSE(opensForAnybody(terminal));
+    board.signal(SIGTERM);
+    EXPECT_EQ(board.wait(), 0);
+    EXPECT_TRUE(opensForAnybody(terminal)) << "also when somebody has had it open all the time";
+    close(other);
+    close(line);
+}
+
+TEST_F(SerialPath, IsOpenToOthersWhenItsProgramWasKilled)
+{
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only the superuser can become another user";
+    }
+    const child_process::Result killed = child_process::runForked([&] {
+        if (open() > 0) {
+            raise(SIGKILL);
+        }
+    });
+    ASSERT_EQ(killed.signal, SIGKILL);
+    EXPECT_TRUE(opensForAnybody(board_.terminal()));
+}
+
 TEST_F(SerialPath, GivesTheLineItsSettingsBack)
 {
     const int other = ::open(board_.terminal().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
@@ -118,7 +169,8 @@ TEST_F(SerialPath, GivesTheLineItsSettingsBack)
     termios before{};
     ASSERT_EQ(tcgetattr(other, &before), 0);
     before.c_lflag |= ECHO | ICANON;
-    before.c_iflag |= ICRNL | IXON;
+    before.c_iflag |= ICRNL | IXON | IXOFF;
+    before.c_cflag |= CSTOPB | CRTSCTS;
     before.c_cc[VMIN] = 5;
     cfsetospeed(&before, B1200);
     cfsetispeed(&before, B1200);

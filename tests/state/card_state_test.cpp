@@ -657,6 +657,24 @@ TEST_F(KeptCardTest, IsRefusedWhileAnotherProgramKeepsItAndBackWhenThatIsKilled)
     close(pipe[1]);
 }
 
+/** Each access of a long run would else wait anew, for minutes in all. */
+TEST_F(KeptCardTest, WaitsOnceForALongRunWhileItIsKept)
+{
+    constexpr std::uint64_t kPatience = 800'000'000;
+    constexpr int kAccesses = 1000;
+    const auto other = open();
+    View view(folder(), kPatience);
+    ASSERT_EQ(view.result, VEK_OK);
+    ASSERT_EQ(other->keeper.enter(), VEK_OK);
+    for (int access = 0; access < kAccesses; ++access) {
+        ASSERT_EQ(view.keeper.enter(), VEK_TIMED_OUT);
+        ASSERT_EQ(view.keeper.leave(), VEK_TIMED_OUT);
+    }
+    EXPECT_EQ(other->keeper.leave(), VEK_OK);
+    EXPECT_EQ(view.keeper.enter(), VEK_OK) << "at once when the other has left";
+    EXPECT_EQ(view.keeper.leave(), VEK_OK);
+}
+
 TEST_F(KeptCardTest, AnswersTimedOutToEveryKindOfAccessWhileItIsKept)
 {
     constexpr std::uint64_t kShort = 20'000'000;

@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <random>
 #include <string>
@@ -425,6 +426,24 @@ TEST_P(CutFile, EndsTheKeepingOfTheCardButNotTheProgram)
     EXPECT_EQ(result.signal, 0);
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_EQ(result.error, name + ": a part cannot be reached any more; the card is no longer kept\n");
+}
+
+TEST_F(SharedCard, ChangesNothingMoreOnceAPartIsLost)
+{
+    const std::string registers = file("registers");
+    const child_process::Result result = child_process::runForked([&] {
+        std::uint32_t value = 0;
+        if (vekRwOpen(0) != VEK_OK || vekRegWriteLong(kStorage, 1) != VEK_OK || vekVramWriteLong(0, 1) != VEK_OK) {
+            _exit(2);
+        }
+        std::filesystem::resize_file(registers, 0);
+        vekRegReadLong(kStorage, &value);
+        const bool refused = vekVramWriteLong(0, 2) < 0 && vekMultVramWriteLong(2, 0, 100, nullptr) < 0;
+        _exit(refused ? 0 : 3);
+    });
+    EXPECT_EQ(result.exitStatus, 0);
+    std::ifstream kept(file("video-memory"), std::ios::binary);
+    EXPECT_EQ(kept.get(), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(SharedCard, CutFile,

@@ -22,6 +22,7 @@
 
 #include "board_process.h"
 #include "pty_console.h"
+#include "scratch_folder.h"
 
 namespace
 {
@@ -88,13 +89,34 @@ bool pauseLongDump(PtyConsole& console)
            console.waitForSleepingCommand();
 }
 
+/** A folder with a file "memory" in the place of /dev/mem, and room for the state of cards. */
+const std::string& cardFolder()
+{
+    static const ScratchFolder folder;
+    static const std::string path = [] {
+        folder.write("memory", std::string(0x4000, '\0'));
+        return folder.path("");
+    }();
+    return path;
+}
+
+bool showPrompt(PtyConsole& console)
+{
+    return shows(console, ">") && console.waitForRawMode();
+}
+
 std::vector<WaitingPlace> waitingPlaces()
 {
     const std::string foreign = "LD_LIBRARY_PATH=" TOVIRA_FOREIGN_LIBRARY_FOLDER;
     return {
-        {.name = "Prompt",
-         .arguments = {kTool},
-         .reach = [](PtyConsole& console) { return shows(console, ">") && console.waitForRawMode(); },
+        {.name = "Prompt", .arguments = {kTool}, .reach = showPrompt, .isRaw = true},
+        {.name = "KeptCardPrompt",
+         .arguments = {"/usr/bin/env", "VEK_STATE_FOLDER=" + cardFolder() + "state", kTool},
+         .reach = showPrompt,
+         .isRaw = true},
+        {.name = "MappedMemoryPrompt",
+         .arguments = {"/usr/bin/env", "VEK_MEM_DEVICE=" + cardFolder() + "memory", kTool, "--mem", "1000,2000,0,0"},
+         .reach = showPrompt,
          .isRaw = true},
         {.name = "LineHalfTyped",
          .arguments = {kTool},

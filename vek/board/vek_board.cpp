@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -121,6 +122,10 @@ public:
 
     const char* name() const { return name_.data(); }
 
+    /// Lets the next host in. A host asks that nobody else may open its line, which would last when it is killed while
+    /// the line is kept open here; its lock, which other hosts respect, does not.
+    void endExclusiveUse() const { ioctl(hosts_, TIOCNXCL); }
+
 private:
     std::array<char, 64> name_{};
     int hosts_ = -1;
@@ -133,6 +138,23 @@ void announce(const char* terminal)
     std::fflush(stdout);
 }
 
+/// Where the board's replies go on a pseudo-terminal.
+class PtySink final : public ReplySink
+{
+public:
+    explicit PtySink(PtyPort& port) : port_(port), replies_(port) {}
+
+    void send(std::span<const std::uint8_t> frame) override
+    {
+        port_.endExclusiveUse();
+        replies_.send(frame);
+    }
+
+private:
+    PtyPort& port_;
+    PortSink replies_;
+};
+
 int serveOnPty(const BoardOptions& options, const AccessPath& card, int signals)
 {
     PtyPort port;
@@ -140,7 +162,7 @@ int serveOnPty(const BoardOptions& options, const AccessPath& card, int signals)
         return report("pseudo-terminal");
     }
     announce(port.name());
-    PortSink sink(port);
+    PtySink sink(port);
     BoardEnd board(card, sink);
     serve(port, board, signals);
     return EXIT_SUCCESS;

@@ -187,7 +187,10 @@ DpSinkFacts readSink(TableReader& monitor, DisplayOutput output, const Make& mak
     sink.preEmphasis =
         static_cast<std::uint8_t>(monitor.integer("pre_emphasis", {0, kMostLevel}).value_or(sink.preEmphasis));
     if (sink.swing + sink.preEmphasis > kMostLevel) {
-        monitor.mistake("swing", "has to be 3 at most together with pre_emphasis");
+        const bool swingNamed = monitor.has("swing");
+        monitor.mistake(swingNamed ? "swing" : "pre_emphasis",
+                        swingNamed ? "has to be 3 at most together with pre_emphasis"
+                                   : "has to be 3 at most together with the swing of the model");
     }
     readOui(monitor, sink);
     const std::optional<std::string> name = monitor.text("name", dpcd::kDeviceNameSize);

@@ -290,12 +290,26 @@ int CardKeeper::readState()
     return VEK_OK;
 }
 
+// Who has waited in vain does not wait again for every access of a long run.
+int CardKeeper::lockState()
+{
+    constexpr std::uint64_t kRest = 1'000'000'000;
+    const bool rests = restsUntil_ != 0 && monotonicNanoseconds() < restsUntil_;
+    const int result = lockFile(stateFile_, rests ? 0 : patience_);
+    if (result == VEK_OK) {
+        restsUntil_ = 0;
+    } else if (!rests) {
+        restsUntil_ = monotonicNanoseconds() + kRest;
+    }
+    return result;
+}
+
 int CardKeeper::beginWork()
 {
     if (lost()) {
         return VEK_IO_ERROR;
     }
-    int result = lockFile(stateFile_, patience_);
+    int result = lockState();
     if (result == VEK_OK) {
         result = readState();
         if (result != VEK_OK) {

@@ -79,6 +79,7 @@ private:
     void unmapFiles();
     int begin();
     int readState();
+    int lockState();
     int beginWork();
     int endWork();
 
@@ -103,8 +104,9 @@ private:
 
     /// Of the threads of this program; it may be entered again by the thread that has it.
     pthread_mutex_t mutex_ = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
-    int depth_ = 0;         ///< How often it has been entered.
-    int refusal_ = VEK_OK;  ///< Why everything is refused until it is left.
+    std::uint64_t restsUntil_ = 0;  ///< Monotonic nanoseconds; there is no waiting for others until then.
+    int depth_ = 0;                 ///< How often it has been entered.
+    int refusal_ = VEK_OK;          ///< Why everything is refused until it is left.
     bool complained_ = false;
 };
 

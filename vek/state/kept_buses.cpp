@@ -62,28 +62,32 @@ int KeptSpace::write(std::uint64_t address, unsigned width, std::uint64_t value)
 
 ReadResult KeptMemory::read(std::uint64_t address, unsigned width)
 {
-    const auto [result, value] = memory_.read(address, width);
-    return {unlessLost(result), value};
+    ReadResult read{VEK_OK, 0};
+    read.result = unlessLost([&] {
+        read = memory_.read(address, width);
+        return read.result;
+    });
+    return read;
 }
 
 int KeptMemory::write(std::uint64_t address, unsigned width, std::uint64_t value)
 {
-    return unlessLost(memory_.write(address, width, value));
+    return unlessLost([&] { return memory_.write(address, width, value); });
 }
 
 int KeptMemory::readLongs(std::uint64_t address, std::uint32_t* longs, std::size_t count)
 {
-    return unlessLost(memory_.readLongs(address, longs, count));
+    return unlessLost([&] { return memory_.readLongs(address, longs, count); });
 }
 
 int KeptMemory::writeLongs(std::uint64_t address, const std::uint32_t* longs, std::size_t count)
 {
-    return unlessLost(memory_.writeLongs(address, longs, count));
+    return unlessLost([&] { return memory_.writeLongs(address, longs, count); });
 }
 
 int KeptMemory::fillLongs(std::uint64_t address, std::uint32_t value, std::size_t count)
 {
-    return unlessLost(memory_.fillLongs(address, value, count));
+    return unlessLost([&] { return memory_.fillLongs(address, value, count); });
 }
 
 I2cStep KeptI2cBus::start()

@@ -43,7 +43,13 @@ public:
     int fillLongs(std::uint64_t address, std::uint32_t value, std::size_t count) override;
 
 private:
-    int unlessLost(int result) const { return keeper_.lost() ? VEK_IO_ERROR : result; }
+    /// Nothing of what is kept is read or changed once a part of it is lost, which an access may bring to light.
+    template <typename Access>
+    int unlessLost(Access access) const
+    {
+        const int result = keeper_.lost() ? VEK_IO_ERROR : access();
+        return keeper_.lost() ? VEK_IO_ERROR : result;
+    }
 
     CardKeeper& keeper_;
     BlockSpace& memory_;

@@ -64,14 +64,6 @@ bool aboveLimit(std::uint64_t size)
     return getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY && size > limit.rlim_cur;
 }
 
-std::uint64_t monotonicNanoseconds()
-{
-    constexpr std::uint64_t kNanosecondsPerSecond = 1'000'000'000;
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<std::uint64_t>(now.tv_sec) * kNanosecondsPerSecond + static_cast<std::uint64_t>(now.tv_nsec);
-}
-
 /// Of this open file, so that the kernel ends it with the last process that has it.
 int setLock(int file, short type)
 {
@@ -173,6 +165,14 @@ int makeStateFile(const StateEntry& entry, std::uint64_t size, Descriptor& file)
         return complainOfSystem(entry.path, errno);
     }
     return VEK_OK;
+}
+
+std::uint64_t monotonicNanoseconds()
+{
+    constexpr std::uint64_t kNanosecondsPerSecond = 1'000'000'000;
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * kNanosecondsPerSecond + static_cast<std::uint64_t>(now.tv_nsec);
 }
 
 int lockFile(int file, std::uint64_t patience)

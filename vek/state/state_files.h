@@ -71,6 +71,9 @@ int openStateFile(const StateEntry& entry, std::uint64_t size, Descriptor& file)
 /// Makes a file of a size, or empties one, which costs nothing until it is written.
 int makeStateFile(const StateEntry& entry, std::uint64_t size, Descriptor& file);
 
+/// Nanoseconds of the monotonic clock.
+std::uint64_t monotonicNanoseconds();
+
 /// How long others may keep a file locked until that is a failure, in nanoseconds.
 constexpr std::uint64_t kLockPatience = 5'000'000'000;
 
