@@ -401,6 +401,8 @@ TEST_F(DescriptionTest, HostileFilesAreRefused)
     const std::vector<std::string> texts = {std::string(300'000, '#'),
                                             std::string(1, '\0'),
                                             "\xff\xfe",
+                                            "\xc4\x96 'a'",
+                                            "[[card]]\nchip = \"QZ201\" \xc4\x96",
                                             "a = \"\xf0\x28\x8c\x28\"",
                                             "a = " + std::string(200'000, '['),
                                             nested,
