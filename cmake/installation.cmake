@@ -20,10 +20,25 @@ set(install_folders
 configure_file(cmake/note_folders.cmake.in note_folders.cmake @ONLY)
 install(SCRIPT ${PROJECT_BINARY_DIR}/note_folders.cmake)
 
-# The programs find the library beside them in the build tree, and where it is installed after that. It is one path for
-# both: what CMake would pad a shorter one with is an empty element, which means the current folder.
+# The programs find the library beside them in the build tree, and where it is installed after that. One folder each: the
+# loader looks into dozens of subfolders of every folder that it is given. The paths are equally long, so that
+# the one can take the place of the other; CMake itself pads with empty elements, which mean the current folder.
 file(RELATIVE_PATH libraries_from_programs ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-set(TOVIRA_PROGRAM_RPATH "$ORIGIN:$ORIGIN/${libraries_from_programs}")
+set(TOVIRA_INSTALLED_RPATH "$ORIGIN/${libraries_from_programs}")
+string(LENGTH "/${libraries_from_programs}" padding)
+string(REPEAT "/" ${padding} padding)
+set(TOVIRA_BUILD_RPATH "$ORIGIN${padding}")
+
+# To be called behind the install() of a program.
+function(tovira_install_rpath program)
+    if(NOT CMAKE_SKIP_INSTALL_RPATH)
+        install(CODE "
+            set(folder \"${CMAKE_INSTALL_BINDIR}\")
+            cmake_path(ABSOLUTE_PATH folder BASE_DIRECTORY \"\${CMAKE_INSTALL_PREFIX}\")
+            file(RPATH_CHANGE FILE \"\$ENV{DESTDIR}\${folder}/${program}\" OLD_RPATH \"${TOVIRA_BUILD_RPATH}\"
+                NEW_RPATH \"${TOVIRA_INSTALLED_RPATH}\")")
+    endif()
+endfunction()
 
 # The prefix as seen from the pkg-config file, so that an installation may be moved; absolute folders stay.
 file(RELATIVE_PATH prefix_from_pkgconfig ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})

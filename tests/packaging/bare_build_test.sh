@@ -20,5 +20,5 @@ done
 # shellcheck disable=SC2016
 expect_equal "the pkg-config file's folders" '${pcfiledir}/../../../console /opt/vek/lib ${prefix}/include' \
     "$(sed -n 's/^[a-z]*=//p' "$scratch/build/libutil_vek.pc" | paste -sd ' ')"
-grep -qF "ORIGIN/../../vek/lib" "$scratch/build/build.ninja" || fail "the programs look for the library in another folder"
+grep -qF "ORIGIN/../../vek/lib" "$scratch/build/src/cmake_install.cmake" || fail "the programs look for the library in another folder"
 finish
