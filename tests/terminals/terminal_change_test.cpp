@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 #include <pty.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <string>
 
@@ -19,15 +22,27 @@ namespace
 /** Comes as soon as the settings are others, before the program knows it; 0 for none. */
 int signalAtChange = 0;
 
+/** Changes of the terminal until its process goes to the background; negative when it stays. */
+int changesToBackground = -1;
+
 }  // namespace
 
 extern "C" int __real_tcsetattr(int descriptor, int action, const termios* settings);
+extern "C" pid_t __real_tcgetpgrp(int descriptor);
+
+extern "C" pid_t __wrap_tcgetpgrp(int descriptor)
+{
+    return changesToBackground == 0 ? getpgrp() + 1 : __real_tcgetpgrp(descriptor);
+}
 
 extern "C" int __wrap_tcsetattr(int descriptor, int action, const termios* settings)
 {
     const int result = __real_tcsetattr(descriptor, action, settings);
     const int number = signalAtChange;
     signalAtChange = 0;
+    if (changesToBackground > 0) {
+        --changesToBackground;
+    }
     if (number != 0) {
         raise(number);
     }
@@ -93,5 +108,44 @@ TEST_P(TerminalChange, BackIsDoneAtASignalInItsMidst)
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, TerminalChange, testing::Values(SIGTERM, SIGHUP, SIGINT, SIGQUIT, SIGUSR1, SIGALRM));
+
+/** Lets a process go on once it has been stopped. */
+void continueWhenStopped(pid_t process)
+{
+    std::string state;
+    while (state.find(") T") == std::string::npos) {
+        usleep(1000);
+        std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+        std::getline(file, state);
+    }
+    kill(process, SIGCONT);
+}
+
+// What goes on in the background does not have the terminal, but is to have it when it comes to the foreground.
+TEST(TerminalStop, InTheMidstOfTheChangeToRawIsOneAfterIt)
+{
+    int master = -1;
+    int slave = -1;
+    ASSERT_EQ(openpty(&master, &slave, nullptr, nullptr, nullptr), 0);
+    const child_process::Result result = child_process::runForked([&] {
+        dup2(slave, STDIN_FILENO);
+        const pid_t stopped = getpid();
+        const pid_t other = fork();
+        if (other == 0) {
+            continueWhenStopped(stopped);
+            _exit(EXIT_SUCCESS);
+        }
+        signalAtChange = SIGTSTP;
+        // The change to raw and, at the stop, back.
+        changesToBackground = 2;
+        const bool entered = enterRawTerminal();
+        kill(other, SIGKILL);
+        waitpid(other, nullptr, 0);
+        _exit(entered ? EXIT_SUCCESS : EXIT_FAILURE);
+    });
+    close(master);
+    close(slave);
+    EXPECT_EQ(result.exitStatus, EXIT_SUCCESS);
+}
 
 }  // namespace
