@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdio>
 #include <cstring>
 
 #include "tovira_parse/hex_digits.h"
+#include "tovira_parse/output.h"
 
 namespace
 {
@@ -47,7 +47,7 @@ void printLine(std::uint64_t address, const std::uint8_t* bytes, int count)
     *column++ = '\t';
     column = std::copy_n(characters.begin(), count, column);
     *column++ = '\n';
-    fwrite(line.data(), 1, static_cast<std::size_t>(column - line.data()), stdout);
+    printText(line.data(), column);
 }
 
 static_assert(kLongestLabel <= kFieldWidth);

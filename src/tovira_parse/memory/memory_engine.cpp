@@ -12,6 +12,7 @@
 #include "tovira_parse/hex_digits.h"
 #include "tovira_parse/hex_dump.h"
 #include "tovira_parse/numbers.h"
+#include "tovira_parse/output.h"
 #include "tovira_parse/progress.h"
 #include "util_cmd.h"
 
@@ -63,11 +64,6 @@ char* putItem(char* out, Item item)
     } else {
         return putFixedHex(out, item, sizeof(Item));
     }
-}
-
-void printText(const char* begin, const char* end)
-{
-    fwrite(begin, 1, static_cast<std::size_t>(end - begin), stdout);
 }
 
 template <typename Item>
