@@ -1,4 +1,6 @@
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <climits>
 #include <cstddef>
@@ -308,6 +310,10 @@ TEST_F(I2cTest, SavedFilesAreClosed)
     const std::ptrdiff_t before = countOpenDescriptors();
     call(doI2c, "i2c rbs 0 4 file");
     call(doI2c, "i2c rbs 0 4 missing/file");
+    ASSERT_EQ(mkfifo("fifo", 0600), 0);
+    const int reader = open("fifo", O_RDONLY | O_NONBLOCK);
+    call(doI2c, "i2c rbs 0 4 fifo");
+    close(reader);
     EXPECT_EQ(countOpenDescriptors(), before);
 }
 
