@@ -325,7 +325,7 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{dp("max_lanes = 3"), "6: card.monitor.max_lanes: has to be 1, 2 or 4, not 3"},
         Wrong{dp("swing = 2\npre_emphasis = 2"),
               "6: card.monitor.swing: has to be 3 at most together with pre_emphasis"},
-        Wrong{"[[card]]\nchip = \"QZ201\"\n[[card.monitor]]\nat = \"DP-0\"\nmodel = \"Vista 27Q\"\npre_emphasis = 3",
+        Wrong{kMonitor + "output = \"DP-0\"\nmodel = \"Vista 27Q\"\npre_emphasis = 3",
               "6: card.monitor.pre_emphasis: has to be 3 at most together with the swing of the model"},
         Wrong{chip("chip = \"LTC2990\"\nchannel = 4\naddress = 0x4c"),
               "5: card.i2c.channel: has to be from 0 to 3, not 4"},
