@@ -269,6 +269,13 @@ bool keyIsWaiting()
         return true;
     }
     awaitForeground();
+    // A shell that takes the program for running brings it to the foreground without a signal.
+    if (wantsRaw != 0 && isRaw == 0) {
+        changeTerminal([] {
+            takeTerminal();
+            return isRaw != 0;
+        });
+    }
     constexpr suseconds_t kMomentMicroseconds = 10;
     fd_set descriptors;
     FD_ZERO(&descriptors);

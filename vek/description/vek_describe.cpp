@@ -52,8 +52,8 @@ void printLine(void* /*context*/, bool warning, const char* line)
 
 int check(const char* file)
 {
-    ReadCardDescription* const read = loadDescriptionReader();
-    if (read == nullptr) {
+    auto* const readDescription = loadDescriptionReader();
+    if (readDescription == nullptr) {
         return EXIT_FAILURE;
     }
     unsigned char* const pages = mapHostPages(sizeof(DescribedCards));
@@ -63,7 +63,7 @@ int check(const char* file)
     }
     auto* const cards = new (pages) DescribedCards;
     const DescriptionListener listener{.tell = printLine, .context = nullptr};
-    const int result = read(file, cards, sizeof *cards, &listener);
+    const int result = readDescription(file, cards, sizeof *cards, &listener);
     if (result != VEK_OK) {
         if (result == VEK_NO_MEMORY || result == VEK_BAD_ARGUMENT) {
             std::fprintf(stderr, "vek_describe: the description cannot be read (%d)\n", result);

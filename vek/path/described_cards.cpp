@@ -122,8 +122,8 @@ void printFirstMistake(void* context, bool warning, const char* line)
 
 int fitDescribedCards(const char* file, KernelMemory& kernelMemory)
 {
-    ReadCardDescription* const read = loadDescriptionReader();
-    if (read == nullptr) {
+    auto* const readDescription = loadDescriptionReader();
+    if (readDescription == nullptr) {
         return VEK_NOT_AVAILABLE;
     }
     unsigned char* const pages = mapHostPages(sizeof(Fitting));
@@ -133,7 +133,7 @@ int fitDescribedCards(const char* file, KernelMemory& kernelMemory)
     auto* const made = new (pages) Fitting;
     bool printed = false;
     const DescriptionListener listener{.tell = printFirstMistake, .context = &printed};
-    const int result = read(file, &made->description, sizeof made->description, &listener);
+    const int result = readDescription(file, &made->description, sizeof made->description, &listener);
     if (result != VEK_OK) {
         unmapHostPages(pages, sizeof(Fitting));
         return result;
