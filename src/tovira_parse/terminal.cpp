@@ -106,15 +106,17 @@ sigset_t signalsOfTheConsole()
     return signals;
 }
 
-// Lets the signal have its default effect with the terminal as it was. Only a stop comes back from that: the settings
-// are then saved afresh, since the shell may have changed them meanwhile. Async-signal-safe calls only; all signals are
-// held back while it runs, but for the one that it delivers, at that moment.
-void deliverWithTerminalRestored(int signalNumber)
+// Whether the driver stopped a process of the background that its shell has put into the foreground since then: raised
+// again, the signal would stop what the shell believes to be running. Async-signal-safe calls only.
+bool isStopOutdated(int signalNumber, const siginfo_t& origin)
 {
-    const int savedErrno = errno;
-    hideProgressFromSignal();
-    giveTerminalBack();
+    const bool isForBackground = signalNumber == SIGTTIN || signalNumber == SIGTTOU;
+    return isForBackground && origin.si_code == SI_KERNEL && isInForeground();
+}
 
+// Async-signal-safe calls only.
+void deliverAsByDefault(int signalNumber)
+{
     struct sigaction defaultAction = {};
     struct sigaction ownAction = {};
     defaultAction.sa_handler = SIG_DFL;
@@ -127,13 +129,26 @@ void deliverWithTerminalRestored(int signalNumber)
 
     sigprocmask(SIG_BLOCK, &delivered, nullptr);
     sigaction(signalNumber, &ownAction, nullptr);
+}
+
+// Lets the signal have its default effect with the terminal as it was. Only a stop comes back from that: the settings
+// are then saved afresh, since the shell may have changed them meanwhile. Async-signal-safe calls only; all signals are
+// held back while it runs, but for the one that it delivers, at that moment.
+void deliverWithTerminalRestored(int signalNumber, siginfo_t* origin, void* /*context*/)
+{
+    const int savedErrno = errno;
+    hideProgressFromSignal();
+    giveTerminalBack();
+    if (!isStopOutdated(signalNumber, *origin)) {
+        deliverAsByDefault(signalNumber);
+    }
     wasStopped = 1;
     takeTerminal();
     errno = savedErrno;
 }
 
 // After a stop that cannot be caught the terminal is what the shell has made of it.
-void goOnAfterStop(int /*signalNumber*/)
+void goOnAfterStop(int /*signalNumber*/, siginfo_t* /*origin*/, void* /*context*/)
 {
     const int savedErrno = errno;
     wasStopped = 1;
@@ -141,7 +156,7 @@ void goOnAfterStop(int /*signalNumber*/)
     errno = savedErrno;
 }
 
-void install(int signalNumber, void (*handler)(int))
+void install(int signalNumber, void (*handler)(int, siginfo_t*, void*))
 {
     struct sigaction action = {};
     // A signal that whoever started the program has set to be ignored stays ignored, and another's handler stays.
@@ -149,9 +164,9 @@ void install(int signalNumber, void (*handler)(int))
         return;
     }
     action = {};
-    action.sa_handler = handler;
+    action.sa_sigaction = handler;
     sigfillset(&action.sa_mask);
-    action.sa_flags = SA_RESTART | SA_ONSTACK;
+    action.sa_flags = SA_RESTART | SA_ONSTACK | SA_SIGINFO;
     sigaction(signalNumber, &action, nullptr);
 }
 

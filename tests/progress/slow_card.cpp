@@ -1,7 +1,7 @@
 // Added to the stand-in for the card library: a monotonic clock that moves only with the library's calls. A read of one
 // item takes a quarter of a second. Calls that do all of their work at once take as many seconds as SECONDS_OF_A_CALL
-// says; each of these begins when the program has done what it does in the one before. An erase of 0xdead (57005)
-// bytes never ends.
+// says; each of these begins when the program has done what it does in the one before, or with UNWATCHED_CALLS when it
+// had the time to begin with it. An erase of 0xdead (57005) bytes never ends.
 
 #include <semaphore.h>
 #include <sys/syscall.h>
@@ -28,7 +28,9 @@ std::atomic<std::int64_t> awaitedTime = 0;
 // Whoever shows how the call gets on waits for a time to come.
 void letWaitersCatchUp()
 {
-    while (awaitedTime <= currentTime) {
+    constexpr int kMomentsToBegin = 500;
+    const bool isUnwatched = getenv("UNWATCHED_CALLS") != nullptr;
+    for (int moment = 0; awaitedTime <= currentTime && !(isUnwatched && moment == kMomentsToBegin); ++moment) {
         nanosleep(&kMoment, nullptr);
     }
 }

@@ -136,7 +136,8 @@ TEST_F(Job, LiveDisplayGoesOnInTheForeground)
     awaitPrompt();
     enter("fg");
     if (!shell_.waitForRawMode()) {
-        // A read that was begun in the background has stopped it in the foreground.
+        // The driver may stop the job just when the shell, for which it still runs, hands it the terminal. The shell
+        // takes that back then.
         enter("fg");
         ASSERT_TRUE(shell_.waitForRawMode());
     }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <pty.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -109,8 +110,8 @@ TEST_P(TerminalChange, BackIsDoneAtASignalInItsMidst)
 
 INSTANTIATE_TEST_SUITE_P(Signals, TerminalChange, testing::Values(SIGTERM, SIGHUP, SIGINT, SIGQUIT, SIGUSR1, SIGALRM));
 
-/** Lets a process go on once it has been stopped. */
-void continueWhenStopped(pid_t process)
+/** Sends a process the signal once it has been stopped. */
+void signalWhenStopped(pid_t process, int signalNumber)
 {
     std::string state;
     while (state.find(") T") == std::string::npos) {
@@ -118,7 +119,25 @@ void continueWhenStopped(pid_t process)
         std::ifstream file("/proc/" + std::to_string(process) + "/stat");
         std::getline(file, state);
     }
-    kill(process, SIGCONT);
+    kill(process, signalNumber);
+}
+
+/** Starts what sends this process the signal once it has been stopped. */
+pid_t startWatchingForStop(int signalNumber)
+{
+    const pid_t watched = getpid();
+    const pid_t other = fork();
+    if (other == 0) {
+        signalWhenStopped(watched, signalNumber);
+        _exit(EXIT_SUCCESS);
+    }
+    return other;
+}
+
+void endWatching(pid_t other)
+{
+    kill(other, SIGKILL);
+    waitpid(other, nullptr, 0);
 }
 
 // What goes on in the background does not have the terminal, but is to have it when it comes to the foreground.
@@ -129,23 +148,55 @@ TEST(TerminalStop, InTheMidstOfTheChangeToRawIsOneAfterIt)
     ASSERT_EQ(openpty(&master, &slave, nullptr, nullptr, nullptr), 0);
     const child_process::Result result = child_process::runForked([&] {
         dup2(slave, STDIN_FILENO);
-        const pid_t stopped = getpid();
-        const pid_t other = fork();
-        if (other == 0) {
-            continueWhenStopped(stopped);
-            _exit(EXIT_SUCCESS);
-        }
+        const pid_t other = startWatchingForStop(SIGCONT);
         signalAtChange = SIGTSTP;
         // The change to raw and, at the stop, back.
         changesToBackground = 2;
         const bool entered = enterRawTerminal();
-        kill(other, SIGKILL);
-        waitpid(other, nullptr, 0);
+        endWatching(other);
         _exit(entered ? EXIT_SUCCESS : EXIT_FAILURE);
     });
     close(master);
     close(slave);
     EXPECT_EQ(result.exitStatus, EXIT_SUCCESS);
+}
+
+/** Has the guarded process send itself a stop of that origin; it is killed when it stops at it. */
+child_process::Result receiveStop(int signalNumber, int origin)
+{
+    return child_process::runForked([=] {
+        // A group of its own is stopped even where that of the tests has nobody to continue it.
+        setpgid(0, 0);
+        guardTerminalSignals();
+        const pid_t other = startWatchingForStop(SIGKILL);
+        siginfo_t info{};
+        info.si_signo = signalNumber;
+        info.si_code = origin;
+        const bool isSent = syscall(SYS_rt_sigqueueinfo, getpid(), signalNumber, &info) == 0;
+        endWatching(other);
+        _exit(isSent ? EXIT_SUCCESS : EXIT_FAILURE);
+    });
+}
+
+class BackgroundStop : public testing::TestWithParam<int>
+{
+};
+
+TEST_P(BackgroundStop, ByTheDriverIsNoneInTheForeground)
+{
+    EXPECT_EQ(receiveStop(GetParam(), SI_KERNEL).exitStatus, EXIT_SUCCESS);
+}
+
+TEST_P(BackgroundStop, BySomebodyElseStopsInTheForegroundToo)
+{
+    EXPECT_EQ(receiveStop(GetParam(), SI_USER).signal, SIGKILL);
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, BackgroundStop, testing::Values(SIGTTIN, SIGTTOU));
+
+TEST(TerminalStop, ByTheTerminalsKeyStopsInTheForeground)
+{
+    EXPECT_EQ(receiveStop(SIGTSTP, SI_KERNEL).signal, SIGKILL);
 }
 
 }  // namespace
