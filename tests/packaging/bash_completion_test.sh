@@ -44,7 +44,9 @@ expect_words "rrl 0; vwl rrl 0; vwls" $tool --cmd '"rrl 0; vwl'
 expect_words "rrl 0;pci" $tool --cmd '"rrl 0;pc'
 expect_words "help edid help edp" $tool --cmd '"help ed'
 expect_words "temp; ? q temp; ? query temp; ? quit" $tool --cmd '"temp; ? q'
-expect_words "0 1" vek_board --card ""
+expect_words "rrb rrbs rrl rrls rrq rrqs rrw rrws" $tool --cmd '"RR'
+expect_words "HELP edid HELP edp" $tool --cmd '"HELP Ed'
+expect_words "0 1 2 3" vek_board --card ""
 expect_words "19200 115200" vek_board --baud 1
 expect_words "--once" vek_board --o
 expect_words "--check" vek_describe --c

@@ -28,7 +28,7 @@ void printUsage(std::FILE* out, const char* program)
     std::fprintf(out,
                  "Usage: %s [--check FILE]\n"
                  "Prints the description of the built-in simulated cards, to start one's own from.\n"
-                 "The environment variable VEK_CARD_DESCRIPTION names the one to use.\n"
+                 "The environment variable VEK_CARD_DESCRIPTION names one to the library; it is not looked at here.\n"
                  "  --check FILE  look for mistakes in a description, and say what it describes\n"
                  "  --help        print this text\n"
                  "  --version     print the version\n",
