@@ -7,9 +7,7 @@ pages=("$BUILD"/man/*.[1-9])
 needs man man-db
 
 for page in "${pages[@]}"; do
-    findings=$(LC_ALL=C.UTF-8 MANROFFSEQ='' MANWIDTH=80 man --warnings -E UTF-8 -l -Tutf8 -Z "$page" 2>&1 >/dev/null |
-        # A table's word that is longer than its column is not broken.
-        grep -Ev "can't break line|cannot adjust line" || true)
+    findings=$(LC_ALL=C.UTF-8 MANROFFSEQ='' MANWIDTH=80 man --warnings -E UTF-8 -l -Tutf8 -Z "$page" 2>&1 >/dev/null || true)
     expect_equal "${page##*/}" "" "$findings"
     if command -v mandoc >/dev/null; then
         expect_equal "${page##*/} in mandoc" "" "$(mandoc -Tlint -W warning "$page" || true)"
